@@ -1,0 +1,5 @@
+if(OPANE_SANITIZE)
+    list(JOIN OPANE_SANITIZE "," sanitizers)
+    add_compile_options(-fsanitize=${sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${sanitizers})
+endif()

@@ -1,0 +1,75 @@
+#include "shared/mdlConstantes.h"
+
+#include <map>
+#include <mutex>
+
+#include "shared/runtime_error.h"
+
+namespace opane {
+namespace {
+
+// A thread finds its set by number: a plain thread_local with nothing to destroy (a destructor would pin the library
+// in its process), and a number that is never used twice stays harmless after its set has ended on another thread.
+// The lock guards this register alone; the sets themselves belong to one thread each.
+using SetNumber = std::uint64_t;
+using Register = std::map<SetNumber, std::weak_ptr<Globals>>;
+
+thread_local SetNumber threadSetNumber = 0;
+
+std::mutex registerMutex;
+Register* registerOfSets = nullptr;  // there only while it has entries, so that an unloaded library leaves nothing
+SetNumber lastSetNumber = 0;
+
+void forget(SetNumber number) {
+    const std::lock_guard lock(registerMutex);
+    registerOfSets->erase(number);
+    if (registerOfSets->empty()) {
+        delete registerOfSets;
+        registerOfSets = nullptr;
+    }
+}
+
+std::shared_ptr<Globals> makeThreadSet() {
+    const std::lock_guard lock(registerMutex);
+    if (registerOfSets == nullptr)
+        registerOfSets = new Register;
+    const SetNumber number = ++lastSetNumber;
+    std::shared_ptr<Globals> set(new Globals, [number](Globals* ended) {
+        forget(number);
+        delete ended;
+    });
+    (*registerOfSets)[number] = set;
+    threadSetNumber = number;
+    return set;
+}
+
+}  // namespace
+
+GlobalsHolder::GlobalsHolder() : globals_(threadGlobals()) {
+    if (!globals_)
+        globals_ = makeThreadSet();
+}
+
+GlobalsHolder::~GlobalsHolder() {
+    // Moved out first, as their ends may run host events, which must find the references empty. The link ends before
+    // the log.
+    const auto log = std::move(globals_->gobjLog);
+    const auto link = std::move(globals_->gobjOPane);
+}
+
+std::shared_ptr<Globals> threadGlobals() {
+    const std::lock_guard lock(registerMutex);
+    if (registerOfSets == nullptr)
+        return nullptr;
+    const auto found = registerOfSets->find(threadSetNumber);
+    return found == registerOfSets->end() ? nullptr : found->second.lock();
+}
+
+std::shared_ptr<clsOPane> threadLink() {
+    const auto set = threadGlobals();
+    if (!set || !set->gobjOPane)
+        throw RuntimeError(ErrorNumber::objectNotSet, "this thread has no link: its object has ended");
+    return set->gobjOPane;
+}
+
+}  // namespace opane
