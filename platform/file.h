@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "shared/frame_byte.h"
+
+namespace opane {
+
+/// The system's separator between the names of a path.
+extern const char kPathSeparator;
+
+/// Reads a regular file from its start.
+/// @param path      UTF-8
+/// @param maxBytes  a longer file is read up to there
+/// @throws RuntimeError 53 (missing), 76 (its folder is missing), 70 (not allowed), 75 (a directory, a device or
+///         otherwise not to be read), 57 (failed while reading); the text names the path
+ByteArray readFile(const std::string& path, std::size_t maxBytes);
+
+/// Adds text at the end of a file in one write, creating the file when it is missing; never its folder.
+/// @param path  UTF-8
+/// @throws RuntimeError 76 (its folder is missing), 70 (not allowed), 75 (a directory or otherwise not to be written),
+///         57 (failed while writing); the text names the path
+void appendToFile(const std::string& path, const std::string& text);
+
+}  // namespace opane

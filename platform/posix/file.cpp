@@ -1,0 +1,96 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "platform/posix/file_descriptor.h"
+#include "shared/runtime_error.h"
+
+namespace opane {
+
+const char kPathSeparator = '/';
+
+namespace {
+
+bool folderExists(const std::string& path) {
+    const auto separator = path.find_last_of(kPathSeparator);
+    if (separator == std::string::npos)
+        return true;
+    struct stat status {};
+    const std::string folder = path.substr(0, std::max<std::size_t>(separator, 1));
+    return stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+[[noreturn]] void raiseOpenError(const std::string& path, int error) {
+    const std::string named = "file \"" + path + "\"";
+    if (error == ENOENT || error == ENOTDIR) {
+        if (!folderExists(path))
+            throw RuntimeError(ErrorNumber::pathNotFound, named + ": its folder does not exist");
+        throw RuntimeError(ErrorNumber::fileNotFound, named + " does not exist");
+    }
+    if (error == EACCES || error == EPERM || error == EROFS)
+        throw RuntimeError(ErrorNumber::permissionDenied, named + " may not be opened: permission denied");
+    throw RuntimeError(ErrorNumber::pathFileAccess,
+                       named + " cannot be opened: " + std::generic_category().message(error));
+}
+
+[[noreturn]] void raiseTransferError(const std::string& path, const char* what, int error) {
+    throw RuntimeError(ErrorNumber::deviceIo,
+                       "file \"" + path + "\" cannot be " + what + ": " + std::generic_category().message(error));
+}
+
+/// Opens a regular file. O_NONBLOCK: a pipe or a device by that name is refused instead of waited for.
+FileDescriptor openRegular(const std::string& path, int flags) {
+    if (path.find('\0') != std::string::npos)
+        throw RuntimeError(ErrorNumber::pathFileAccess, "file name \"" + path + "\" holds a zero character");
+    FileDescriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+    if (!file)
+        raiseOpenError(path, errno);
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0)
+        raiseOpenError(path, errno);
+    if (S_ISDIR(status.st_mode))
+        throw RuntimeError(ErrorNumber::pathFileAccess, "\"" + path + "\" is a folder; expected a file");
+    if (!S_ISREG(status.st_mode))
+        throw RuntimeError(ErrorNumber::pathFileAccess, "\"" + path + "\" is a device or a pipe; expected a file");
+    return file;
+}
+
+}  // namespace
+
+ByteArray readFile(const std::string& path, std::size_t maxBytes) {
+    const FileDescriptor file = openRegular(path, O_RDONLY);
+    ByteArray content;
+    std::uint8_t chunk[16384];
+    while (content.size() < maxBytes) {
+        const ssize_t got = read(file.get(), chunk, std::min(sizeof chunk, maxBytes - content.size()));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            raiseTransferError(path, "read", errno);
+        if (got == 0)
+            break;
+        content.insert(content.end(), chunk, chunk + got);
+    }
+    return content;
+}
+
+void appendToFile(const std::string& path, const std::string& text) {
+    const FileDescriptor file = openRegular(path, O_WRONLY | O_APPEND | O_CREAT);
+    std::size_t written = 0;
+    while (written < text.size()) {  // one write, but for a full disk or a signal
+        const ssize_t put = write(file.get(), text.data() + written, text.size() - written);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put < 0)
+            raiseTransferError(path, "written", errno);
+        written += static_cast<std::size_t>(put);
+    }
+}
+
+}  // namespace opane

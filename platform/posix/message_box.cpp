@@ -1,0 +1,16 @@
+#include "platform/message_box.h"
+
+#include <cstdio>
+
+#include "platform/services.h"
+
+namespace opane {
+
+MessageBoxAnswer showMessageBox(const std::string& text, const std::string& title, MessageBoxButtons buttons) {
+    if (const auto handler = services().messageBox)
+        return handler(text, title, buttons);
+    std::fprintf(stderr, "%s\n%s\n", title.c_str(), text.c_str());
+    return MessageBoxAnswer::ok;
+}
+
+}  // namespace opane

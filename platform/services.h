@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/file_dialog.h"
+#include "platform/message_box.h"
+#include "platform/regional_text.h"
+#include "platform/serial_control.h"
+#include "platform/tick_counter.h"
+
+namespace opane {
+
+/// What a thread uses of the world outside. A new thread has the system's; a ServicesScope replaces some of it.
+struct Services {
+    /// Makes the serial control of a new link.
+    std::function<std::unique_ptr<SerialControl>()> makeSerialControl = makeSystemSerialControl;
+    TickCounter* tickCounter = &systemTickCounter();
+    /// The thread's local date and time, for the log.
+    Calendar calendar = systemLocalTime;
+    /// Runs the host's pending events once; empty when the host has none. It must not throw.
+    std::function<void()> eventHook;
+    MessageBoxHandler messageBox;  ///< empty: the system's way
+    FileDialogHandler fileDialog;  ///< empty: every dialog is cancelled
+    /// Gives the device of a COM port number, or an empty name for none. When empty, devices are the system's own.
+    std::function<std::string(std::int16_t)> portMap;
+};
+
+/// The calling thread's set.
+const Services& services();
+
+/// The device of a COM port number by the thread's port map; else, on POSIX, what the environment variable OPANE_COM<n>
+/// names, else /dev/ttyS<n-1>. Empty when the map has none.
+std::string devicePath(std::int16_t comPort);
+
+/// The system's own way from a COM port number to a device, without the thread's map.
+std::string systemDevicePath(std::int16_t comPort);
+
+/// Replaces services of the calling thread for as long as it lives; the others stay as they were. Scopes end in the
+/// reverse order of their beginning, on the thread that made them, and after the objects that use them.
+class ServicesScope {
+public:
+    ServicesScope();
+    ~ServicesScope();
+    ServicesScope(const ServicesScope&) = delete;
+    ServicesScope& operator=(const ServicesScope&) = delete;
+
+    Services* operator->() { return &current_; }
+
+private:
+    Services current_;
+    const Services* outer_;
+};
+
+}  // namespace opane
