@@ -1,0 +1,22 @@
+#include "log/log_line.h"
+
+#include <cstdio>
+
+#include "platform/regional_text.h"
+
+namespace opane {
+
+std::string logFileName(const std::string& folder, const std::string& testeurName, const std::tm& moment) {
+    char date[sizeof "_mm-dd-yy.LOG"];
+    std::strftime(date, sizeof date, "_%m-%d-%y.LOG", &moment);
+    return folder + testeurName + date;
+}
+
+std::string logLine(const std::tm& moment, std::int16_t level, const std::string& message,
+                    const std::string& procedureName) {
+    const char* const indentation = level == 2 ? "  " : level == 3 ? "    " : "";
+    return shortDateText(moment) + ' ' + timeText(moment) + " Level" + std::to_string(level) + ' ' + indentation +
+           message + procedureName + "\r\n";
+}
+
+}  // namespace opane

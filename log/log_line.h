@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+namespace opane {
+
+// The layout of lines and names is described in docs/log.md.
+
+/// The name of the file of a day: folder, tester name, "_", the date as mm-dd-yy, ".LOG".
+std::string logFileName(const std::string& folder, const std::string& testeurName, const std::tm& moment);
+
+/// One line with its line end. The message and the procedure name come padded.
+std::string logLine(const std::tm& moment, std::int16_t level, const std::string& message,
+                    const std::string& procedureName);
+
+}  // namespace opane
