@@ -1,0 +1,179 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "link/frame.h"
+#include "link/frmComm.h"
+#include "link/frmDialog.h"
+#include "log/clsLog.h"
+#include "shared/frame_byte.h"
+
+namespace opane {
+
+struct Command;
+struct BlockCommand;
+
+/// The one link of a thread to its module: the serial port, the handshake, the exchange with retries, and one operation
+/// a command of the module. Owned by the thread's globals as gobjOPane; made by create().
+///
+/// Everything runs on the caller's thread. Every wait lets the host's pending events run, and such an event may end
+/// the object that holds this link: an operation keeps its link and its log until it returns. There is no lock and no
+/// guard against a nested exchange on the same link; callers run one operation at a time.
+///
+/// Errors of the serial control (8018 port not open, 57 device vanished) are raised by every operation that reads or
+/// writes. An operation that logs raises the log's errors (76 when its folder is missing), and 91 when its thread had
+/// no log as it began.
+class clsOPane : public std::enable_shared_from_this<clsOPane> {
+public:
+    /// A closed link: node 3, time-out 1000 ms, not synchronised, no bus type.
+    static std::shared_ptr<clsOPane> create();
+    ~clsOPane();
+    clsOPane(const clsOPane&) = delete;
+    clsOPane& operator=(const clsOPane&) = delete;
+
+    /// Baud rate of the port, bits per second; 0 until it is first written. Writing closes the port, clears the
+    /// synchronised flag, gives the control the new settings and opens the port again; whether that worked, IsOpen
+    /// tells.
+    /// @throws RuntimeError 380 (invalid property value) for a rate that the system does not have; the port is closed
+    ///         then and the new rate stored
+    std::int32_t Baudrate() const { return baudrate_; }
+    void Baudrate(std::int32_t lngBaudrate);
+
+    /// The longest wait for each single byte, milliseconds; 0 or less looks once.
+    std::int32_t Timeout() const { return timeoutMs_; }
+    void Timeout(std::int32_t lngTimeout) { timeoutMs_ = lngTimeout; }
+
+    /// COM port number. Writing closes the port, clears the synchronised flag, gives the control the number and the
+    /// settings and opens the port again; whether that worked, IsOpen tells.
+    /// @throws RuntimeError 8002 (invalid port number) below 1, 380 when no valid baud rate has been set; the port is
+    ///         closed then and the new number stored
+    std::int16_t CommPort() const { return commPort_; }
+    void CommPort(std::int16_t intCommPort);
+
+    /// Opens the port with what the control holds. No error leaves this operation.
+    /// @return false when the port did not open: missing, in use, not allowed, or open already
+    bool OpenCommunication();
+    bool IsOpen() const;
+    /// Closes the port if it is open, and clears the synchronised flag in every case.
+    void CloseCommunication();
+
+    /// One handshake: sends the synchronisation character of a node and looks at the first byte that comes back (after
+    /// the echo on an RS485 bus). Blocks for at most one Timeout, two on RS485. Codes: docs/wire.md, "Handshake".
+    /// @param intNodeNumber  0..3; any other number sends 0 and expects 0
+    /// @return true when the answer was right: the link is then synchronised and uses that node number. False
+    ///         otherwise: not synchronised, node number unchanged; with a bus type other than "RS232" and "RS485"
+    ///         nothing is read and neither changes
+    bool SendSynchronizeCharacter(std::int16_t intNodeNumber);
+
+    /// One exchange: sends a request frame and reads the answer, repeats it after errors, and resynchronises the link
+    /// when the module stays silent or rejects the command (docs/wire.md, "Exchange"; log lines in docs/log.md).
+    /// Blocks on a silent module for six times Timeout, then 12.5 s of handshakes. A resynchronisation leaves Timeout
+    /// at 1000.
+    /// @param bytLength               number of data bytes to send
+    /// @param bytType                 command type; the answer must have the same
+    /// @param arrbytData              its first bytLength elements are sent
+    /// @param arrbytReceivedInfo      true: the answer's info bytes, or one 0 byte when it has none. False: what came
+    ///                                of the last answer with a whole header, the rest 0; untouched when none came
+    /// @return true when a complete answer of the right type and without an error code arrived
+    /// @throws RuntimeError 9 (subscript) when arrbytData is too short, 6 (overflow) when the node number is no byte;
+    ///         nothing has been sent then
+    bool SendDataAndReceiveResponse(std::uint8_t bytLength, std::uint8_t bytAux1, std::uint8_t bytAux2,
+                                    std::uint8_t bytType, const ByteArray& arrbytData, ByteArray& arrbytReceivedInfo);
+
+    /// Gives the control the port number and the settings.
+    /// @throws RuntimeError 8000 (port is open), 8002 (invalid port number), 380 (invalid settings)
+    void ChangeComPortConfiguration();
+
+    bool IsSynchronized() const { return synchronized_; }
+
+    /// Writes all bytes to the port, in order and in one write.
+    void SendArrayOfByte(std::span<const std::uint8_t> arrbytArrayToSend);
+
+    // The pattern commands. A refusal before anything is logged or sent, and a failed exchange, both give false. A
+    // position or pattern that fits no frame byte raises RuntimeError 6 (overflow) before anything is sent. Row bytes
+    // hold 8 horizontal pixels: bit 7 is the leftmost, a set bit is dark (docs/wire.md, "Commands").
+
+    /// Shows one whole text line. @param intZone line 0..7 (not checked) @param arrbytData 120 row bytes, top row first
+    bool OPaneCmd_AffData(std::int16_t intZone, const ByteArray& arrbytData);
+    /// Shows one 8 x 8 block. @param intLigne 0..7 @param intColonne 0..14 @param arrbytData 8 row bytes, top first
+    bool OPaneCmd_AffBloc1(std::int16_t intLigne, std::int16_t intColonne, const ByteArray& arrbytData);
+    /// Shows a square of four blocks by its top-left one. @param intLigne 0..6 @param intColonne 0..13
+    /// @param arrbytData 32 row bytes, passed on in their order
+    bool OPaneCmd_AffBloc4(std::int16_t intLigne, std::int16_t intColonne, const ByteArray& arrbytData);
+    /// Draws the frame around the screen. @param intPattern 0..255; 255 draws it, 0 removes it
+    bool OPaneCmd_Cadre(std::int16_t intPattern);
+    /// Clears the screen with a pattern. @param intPattern 0..255, every row byte's new value
+    bool OPaneCmd_Clear(std::int16_t intPattern);
+
+    /// Takes the thread's default port and baud rate and 8 data bits, 1 stop bit, then opens the thread's link
+    /// (gobjOPane) if it is closed, with what the control holds: port 1, 9600 baud on a new one.
+    /// @throws RuntimeError 91 when the thread has no link
+    void Initialize();
+    /// Closes the thread's link (gobjOPane) if it is open. @throws RuntimeError 91 when the thread has none
+    void Terminate();
+
+    /// Bus type: "RS232" or "RS485", exactly so; any other text is stored and makes handshakes fail.
+    const std::string& CommunicationType() const { return communicationType_; }
+    void CommunicationType(const std::string& strNewBusType) { communicationType_ = strNewBusType; }
+
+    /// Stands on the stack of a running operation and keeps the link and the thread's log until the outermost one
+    /// ends, whatever a host event releases meanwhile. A caller of several operations in a row has one of its own.
+    class Running {
+    public:
+        explicit Running(clsOPane& link);
+        ~Running();
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+
+    private:
+        std::shared_ptr<clsOPane> link_;
+    };
+
+private:
+    clsOPane();
+
+    bool ReceiveByte(std::uint8_t& bytTarget);
+    void SelectByteInput();
+    void SendByte(std::uint8_t bytToSend);
+    void ClearInputBuffer();
+
+    struct Exchange;
+    void attempt(Exchange& exchange);
+    void dropEcho();
+    bool receiveHeader(FrameFields& answer);
+    bool receiveInfo(Exchange& exchange);
+    void countError(Exchange& exchange, std::string_view errorText);
+    void countRetry(Exchange& exchange);
+    void recover(Exchange& exchange, std::string_view errorText);
+    void resynchronise(Exchange& exchange);
+    void logExchange(std::string_view text);
+    void logEvent(std::string_view procedure, std::string_view text, std::int16_t level);
+
+    void logCommand(const Command& command, std::string_view text);
+    void logCommandType(const Command& command);
+    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, const ByteArray& data,
+                    ByteArray& receivedInfo);
+    bool showBlocks(const BlockCommand& command, std::int16_t intLigne, std::int16_t intColonne,
+                    const ByteArray& arrbytData);
+    bool showPattern(const Command& command, std::int16_t intPattern);
+
+    frmComm comm_;
+    frmDialog dialog_;
+    SerialControl& MSComm;
+    std::int32_t timeoutMs_ = 1000;
+    std::int16_t commPort_ = 0;
+    std::int32_t baudrate_ = 0;
+    std::int16_t dataBits_ = 0;
+    std::int16_t stopBits_ = 0;
+    std::int16_t nodeNumber_ = 3;
+    bool synchronized_ = false;
+    std::string communicationType_;
+    int running_ = 0;              // operations on the stack
+    std::shared_ptr<clsLog> log_;  // of the outermost of them; null when its thread had none
+};
+
+}  // namespace opane

@@ -1,0 +1,9 @@
+#include "link/frmComm.h"
+
+#include "platform/services.h"
+
+namespace opane {
+
+frmComm::frmComm() : control_(services().makeSerialControl()) {}
+
+}  // namespace opane

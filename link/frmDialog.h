@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/file_dialog.h"
+
+namespace opane {
+
+/// The invisible host form of the file dialog control.
+class frmDialog {
+public:
+    CommonDialog& dialog() { return dialog_; }
+
+private:
+    CommonDialog dialog_;
+};
+
+}  // namespace opane
