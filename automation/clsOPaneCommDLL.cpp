@@ -1,0 +1,41 @@
+#include "automation/clsOPaneCommDLL.h"
+
+#include "link/clsOPane.h"
+#include "log/clsLog.h"
+
+namespace opane {
+namespace {
+
+constexpr std::int32_t kHandshakeMs = 100;
+constexpr std::int32_t kUsualTimeoutMs = 1000;
+
+}  // namespace
+
+clsOPaneCommDLL::clsOPaneCommDLL() : arrActualImage(std::make_shared<ScreenImage>()) {
+    Globals& globals = holder_.globals();
+    globals.gobjOPane = clsOPane::create();
+    globals.gobjLog = std::make_shared<clsLog>();
+    globals.gintCommPort = 1;
+    globals.gintNodeNumber = 3;
+    globals.gobjOPane->Initialize();
+    globals.gobjOPane->CommunicationType("RS232");
+}
+
+void clsOPaneCommDLL::Synchronize(std::int16_t intComPort, std::int32_t lngBaudrate, std::int16_t intNode,
+                                  std::int16_t& intReturnStatus) {
+    const auto link = threadLink();
+    link->Baudrate(lngBaudrate);
+    if (link->CommPort() != intComPort)
+        link->CommPort(intComPort);
+    link->Timeout(kHandshakeMs);
+    link->CommunicationType("RS232");
+    const bool synchronized = link->SendSynchronizeCharacter(intNode);
+    link->Timeout(kUsualTimeoutMs);
+    intReturnStatus = synchronized ? 0 : 1;
+}
+
+void clsOPaneCommDLL::Version(std::string& strVersion) {
+    strVersion = "OpaneCommDLL V" OPANE_VERSION;
+}
+
+}  // namespace opane

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "shared/mdlConstantes.h"
+#include "shared/screen_geometry.h"
+
+namespace opane {
+
+/// The public class: what a host creates to drive a module. One object a thread is the supported use; a second one on
+/// the same thread takes the thread's link over, and when any of them ends, the others have none.
+///
+/// Every method runs on the caller's thread and returns when its exchanges with the module are over. While it waits it
+/// lets the host's pending events run; an event may even release the object.
+///
+/// intReturnStatus: 0 success; 1 an argument out of its allowed set, or a module command that failed. What is not
+/// expected in normal use is raised as RuntimeError, and intReturnStatus then keeps what it held at that moment. Every
+/// method but Version raises 91 (object variable not set) when the thread has lost its link, 8018 when the port is not
+/// open, 57 when its device vanishes, and the log's errors when the log is on.
+class clsOPaneCommDLL {
+public:
+    /// Makes the thread's link and log and opens port 1 at 9600 baud; a port that does not open is no error here.
+    /// The screen is taken to be blank.
+    clsOPaneCommDLL();
+    /// Releases the thread's link, which closes its port, and the log.
+    ~clsOPaneCommDLL() = default;
+    clsOPaneCommDLL(const clsOPaneCommDLL&) = delete;
+    clsOPaneCommDLL& operator=(const clsOPaneCommDLL&) = delete;
+
+    /// Shows a text on one text line, merged at its edges with what this object has shown before. Only the 8 x 8 blocks
+    /// that the text touches are sent, from left to right; when one fails the others are sent all the same.
+    /// Blocks for one exchange a block, up to 15 (see clsOPane::SendDataAndReceiveResponse).
+    /// @param strString        UTF-8; one glyph of 6 x 8 pixels a character
+    /// @param intLignePos      text line 0..7
+    /// @param intColumnPos     character column; the text begins at pixel column 6 x intColumnPos + intPreGap
+    /// @param intPreGap        pixels added to the start; may be negative
+    /// @param intInvertedText  0 dark on light, 1 light on a dark bar
+    /// @param strGenCarFile    path of the character generator, UTF-8; read at every call (docs/character-generator.md)
+    /// @param intReturnStatus  1 for another intInvertedText (the generator is not read then), an empty text, one that
+    ///                         does not fit, a character that the generator lacks: nothing has been sent then; and for
+    ///                         a block that the module refused or did not answer
+    /// @throws RuntimeError before anything is sent: 53, 70, 75, 76 or 321 for the generator; 9 (subscript) for a line
+    ///         outside 0..7 or a negative first pixel column; 6 (overflow) for a position beyond 16 bits; 6, 13 or 94
+    ///         for a glyph column that is no byte. intReturnStatus is 0 then
+    void DisplayString(const std::string& strString, std::int16_t intLignePos, std::int16_t intColumnPos,
+                       std::int16_t intPreGap, std::int16_t intInvertedText, const std::string& strGenCarFile,
+                       std::int16_t& intReturnStatus);
+
+    /// Opens the port with that rate and does the handshake with the module of that node, on the bus type "RS232".
+    /// Blocks for at most 100 ms.
+    /// @param intComPort   COM port number from 1 (docs: README, "Ports")
+    /// @param lngBaudrate  bits per second, one of the system's standard rates; the module runs at 1200 to 57600
+    /// @param intNode      node number 0..3
+    /// @throws RuntimeError 380 for another rate, 8002 for a port below 1, 8018 when the port did not open, with the
+    ///         reason
+    void Synchronize(std::int16_t intComPort, std::int32_t lngBaudrate, std::int16_t intNode,
+                     std::int16_t& intReturnStatus);
+
+    /// The library's own version, "OpaneCommDLL V1.0.0" for 1.0.0. Nothing is sent.
+    void Version(std::string& strVersion);
+
+private:
+    GlobalsHolder holder_;
+    /// What this object has put on the screen. Shared with the running call, which may outlive the object.
+    std::shared_ptr<ScreenImage> arrActualImage;
+};
+
+}  // namespace opane
