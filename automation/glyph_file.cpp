@@ -1,12 +1,12 @@
 #include "automation/glyph_file.h"
 
-#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <string_view>
+#include <optional>
+#include <utility>
 
 #include "platform/file.h"
 #include "shared/runtime_error.h"
@@ -139,7 +139,10 @@ double numberInText(const std::string& text, const std::string& where) {
     double value = 0;
     if (first != std::string::npos) {
         const char* const end = text.data() + last + 1;
-        const auto [rest, error] = std::from_chars(text.data() + first, end, value);
+        const char* begin = text.data() + first;
+        if (*begin == '+' && end - begin > 1 && begin[1] != '-')
+            ++begin;
+        const auto [rest, error] = std::from_chars(begin, end, value);
         if (error == std::errc::result_out_of_range)
             throw RuntimeError(ErrorNumber::overflow, where + " lies outside 0 to 255");
         if (error == std::errc{} && rest == end && std::isfinite(value))
@@ -182,19 +185,20 @@ GlyphFile GlyphFile::read(const std::string& path) {
 GlyphFile GlyphFile::parse(std::span<const std::uint8_t> bytes, const std::string& name) {
     GlyphFile file;
     Reader reader(bytes, name);
-    for (auto& record : file.records_) {
-        record = reader.record();
+    while (file.records_.size() < kGlyphRecords) {
+        auto record = reader.record();
         if (!record)
             break;
+        file.records_.push_back(std::move(*record));
     }
     return file;
 }
 
 bool GlyphFile::has(std::uint8_t code) const {
-    const auto& record = records_[code];
-    if (!record || record->front().tag != GlyphTag::string)
+    if (code >= records_.size() || records_[code].front().tag != GlyphTag::string)
         return false;
-    return std::get<std::string>(record->front().content) == std::string_view(reinterpret_cast<const char*>(&code), 1);
+    const auto& text = std::get<std::string>(records_[code].front().content);
+    return text.size() == 1 && static_cast<std::uint8_t>(text.front()) == code;
 }
 
 int GlyphFile::count() const {
@@ -206,10 +210,9 @@ int GlyphFile::count() const {
 
 std::uint8_t GlyphFile::column(std::uint8_t code, int column, bool inverted) const {
     const std::string where = "glyph column " + std::to_string(column) + " of character code " + std::to_string(code);
-    const auto& record = records_[code];
-    if (!record || column < 0 || column >= kGlyphColumns)
+    if (code >= records_.size() || column < 0 || column >= kGlyphColumns)
         throw RuntimeError(ErrorNumber::subscript, where + " is not in the generator");
-    const GlyphValue& value = (*record)[static_cast<std::size_t>(column) + 2];
+    const GlyphValue& value = records_[code][static_cast<std::size_t>(column) + 2];
 
     std::int64_t integer = columnInteger(value, where);
     if (inverted) {

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "shared/frame_byte.h"
 
@@ -66,7 +66,7 @@ public:
     std::uint8_t column(std::uint8_t code, int column, bool inverted) const;
 
 private:
-    std::array<std::optional<GlyphRecord>, kGlyphRecords> records_;
+    std::vector<GlyphRecord> records_;  // by code; fewer than 256 from a short file
 };
 
 }  // namespace opane

@@ -1,0 +1,198 @@
+#include "simulator/pseudo_terminal.h"
+
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace opane::simulator {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const std::string& what, const std::string& reason = std::strerror(errno)) {
+    throw std::runtime_error(what + ": " + reason);
+}
+
+Descriptor opened(const std::string& what, int number) {
+    if (number < 0)
+        fail("cannot open " + what);
+    return Descriptor(number);
+}
+
+void setRaw(int slave) {
+    termios settings{};
+    if (::tcgetattr(slave, &settings) != 0)
+        fail("cannot read the settings of a pseudo-terminal");
+    ::cfmakeraw(&settings);
+    ::cfsetspeed(&settings, B9600);
+    if (::tcsetattr(slave, TCSANOW, &settings) != 0)
+        fail("cannot set a pseudo-terminal raw");
+}
+
+bool leadsTo(const fs::path& link, const std::string& device) {
+    std::error_code error;
+    return fs::read_symlink(link, error) == device && !error;
+}
+
+// None of a folder that may not be read or has gone.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (auto entry = fs::directory_iterator(folder, error); entry != fs::directory_iterator(); entry.increment(error))
+        entries.push_back(entry->path());
+    return entries;
+}
+
+bool mayBeReplaced(const fs::path& link) {
+    std::error_code error;
+    const auto kind = fs::symlink_status(link, error).type();
+    if (kind == fs::file_type::not_found)
+        return true;
+    if (kind != fs::file_type::symlink)
+        return false;
+    return fs::read_symlink(link, error).string().starts_with("/dev/pts/") || !fs::exists(link, error);
+}
+
+}  // namespace
+
+Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+}
+
+Descriptor::~Descriptor() {
+    if (number_ >= 0)
+        ::close(number_);
+}
+
+PseudoTerminal::PseudoTerminal(fs::path link) : link_(std::move(link)) {
+    reopen();
+}
+
+PseudoTerminal::~PseudoTerminal() {
+    removeLink();
+}
+
+void PseudoTerminal::close() {
+    master_ = Descriptor();
+    slave_ = Descriptor();
+    watch_ = Descriptor();
+}
+
+void PseudoTerminal::reopen() {
+    auto master = opened("a pseudo-terminal", ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    std::array<char, 64> name{};
+    if (::grantpt(master.number()) != 0 || ::unlockpt(master.number()) != 0 ||
+        ::ptsname_r(master.number(), name.data(), name.size()) != 0)
+        fail("cannot set up a pseudo-terminal");
+    const std::string path = name.data();
+
+    auto slave = opened(path, ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    setRaw(slave.number());
+    auto watch = opened("a watch", ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (::inotify_add_watch(watch.number(), path.c_str(), IN_CLOSE) < 0)
+        fail("cannot watch " + path);
+
+    close();
+    path_ = path;
+    master_ = std::move(master);
+    slave_ = std::move(slave);
+    watch_ = std::move(watch);
+    moveLink();
+}
+
+int PseudoTerminal::hostBaudRate() const {
+    constexpr std::array<std::pair<speed_t, int>, 9> kRates{{{B300, 300},
+                                                             {B600, 600},
+                                                             {B1200, 1200},
+                                                             {B2400, 2400},
+                                                             {B4800, 4800},
+                                                             {B9600, 9600},
+                                                             {B19200, 19200},
+                                                             {B38400, 38400},
+                                                             {B57600, 57600}}};
+    termios settings{};
+    if (::tcgetattr(master_.number(), &settings) != 0)
+        return 0;
+    const speed_t speed = ::cfgetospeed(&settings);
+    for (const auto& [code, rate] : kRates)
+        if (code == speed)
+            return rate;
+    return 0;
+}
+
+std::vector<std::uint8_t> PseudoTerminal::read() {
+    std::vector<std::uint8_t> bytes(4096);
+    const auto count = ::read(master_.number(), bytes.data(), bytes.size());
+    bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return bytes;
+}
+
+void PseudoTerminal::write(std::span<const std::uint8_t> bytes) {
+    [[maybe_unused]] const auto written = ::write(master_.number(), bytes.data(), bytes.size());
+}
+
+void PseudoTerminal::noteLeavings() {
+    alignas(inotify_event) std::array<char, 4096> events{};
+    bool anyGone = false;
+    while (::read(watch_.number(), events.data(), events.size()) > 0)
+        anyGone = true;
+    if (anyGone && !hasHost()) {
+        ::ioctl(slave_.number(), TIOCNXCL);
+        ::tcflush(slave_.number(), TCIFLUSH);
+    }
+}
+
+// Whether anyone has the device open besides our own slave_. The watch cannot count them: equal events in a row are
+// told once.
+bool PseudoTerminal::hasHost() const {
+    const fs::path own = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(slave_.number());
+    for (const fs::path& process : entriesOf("/proc")) {
+        const bool isNumber = process.filename().string().find_first_not_of("0123456789") == std::string::npos;
+        for (const fs::path& open : isNumber ? entriesOf(process / "fd") : std::vector<fs::path>{})
+            if (leadsTo(open, path_) && open != own)
+                return true;
+    }
+    return false;
+}
+
+void PseudoTerminal::moveLink() {
+    if (link_.empty())
+        return;
+    const std::string what = "cannot make the link " + link_.string();
+    if (!mayBeReplaced(link_))
+        fail(what, "something else is there; a link to a pseudo-terminal would be replaced");
+    fs::path fresh = link_;
+    fresh += '.';
+    fresh += std::to_string(::getpid());
+    fresh += ".new";
+    std::error_code error;
+    fs::create_symlink(path_, fresh, error);
+    if (!error)
+        fs::rename(fresh, link_, error);
+    if (error) {
+        std::error_code ignored;
+        fs::remove(fresh, ignored);
+        fail(what, error.message());
+    }
+}
+
+void PseudoTerminal::removeLink() {
+    std::error_code ignored;
+    if (!link_.empty() && leadsTo(link_, path_))
+        fs::remove(link_, ignored);
+}
+
+}  // namespace opane::simulator

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace opane::simulator {
+
+/// A file descriptor and its end.
+class Descriptor {
+public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept;
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    ~Descriptor();
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
+
+/// The serial device a host opens, raw, and the simulator's end of it. One thread at a time.
+class PseudoTerminal {
+public:
+    /// @param link  a symbolic link to the device, kept up to date and removed at the end; empty: none. It may replace
+    ///              a link that dangles or that leads to a pseudo-terminal, and nothing else.
+    /// @throws std::runtime_error that names what could not be made, and why
+    explicit PseudoTerminal(std::filesystem::path link = {});
+    ~PseudoTerminal();
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    const std::string& path() const { return path_; }  ///< of the device that the host opens; keeps it when closed
+    bool isOpen() const { return master_.number() >= 0; }
+
+    void close();   ///< the device vanishes; a host that has it open reads its end
+    void reopen();  ///< a new device; the link leads to it. Throws as the constructor.
+
+    /// The speed the host has set its end to; 0 when it is none of the usual ones.
+    int hostBaudRate() const;
+
+    /// What the host has written and was not read yet; empty when there is none. Does not wait.
+    std::vector<std::uint8_t> read();
+
+    /// In one write. Bytes that the host has left no room for are lost, as on a real line.
+    void write(std::span<const std::uint8_t> bytes);
+
+    /// Readable when the host has written.
+    int descriptor() const { return master_.number(); }
+
+    /// Readable when a host has closed the device.
+    int leavings() const { return watch_.number(); }
+
+    /// Takes note of them. When the last host has gone, however it ended, what it has left unread is thrown away and an
+    /// exclusive use (TIOCEXCL) that it has left behind is ended.
+    void noteLeavings();
+
+private:
+    bool hasHost() const;
+    void moveLink();
+    void removeLink();
+
+    std::filesystem::path link_;
+    std::string path_;
+    Descriptor master_;
+    Descriptor slave_;  // keeps the device alive while no host has it open: the master would read errors
+    Descriptor watch_;
+};
+
+}  // namespace opane::simulator

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/faults.h"
+#include "simulator/module_state.h"
+#include "simulator/pacing.h"
+#include "simulator/wire.h"
+
+namespace opane::simulator {
+
+struct ModuleOptions {
+    int node = 3;  ///< 0..3
+    Bus bus = Bus::rs232;
+    int baudRate = kPowerOnBaudRate;  ///< one that the quartz offers
+    int quartz = 2;                   ///< crystal, 1..3
+    bool pace = false;                ///< bytes take their time on the line
+    std::string version = ModuleState{}.version;
+};
+
+/// A display module at the other end of a serial line, in memory and without a clock of its own: whoever holds it says
+/// what time it is. One thread at a time.
+///
+/// A request is carried out as soon as receive() has its last byte, even when, paced, that byte is still on its way;
+/// only the answer keeps to the line's time.
+class SimulatedModule {
+public:
+    /// The host's port starts at the module's own speed.
+    /// @throws std::invalid_argument when an option is out of its range
+    explicit SimulatedModule(ModuleOptions options = {});
+
+    /// The speed the host's port is set to. While it differs from the module's, both hear noise: never the byte that
+    /// was sent, and the same in every run.
+    void hostBaudRate(int baudRate) { hostBaudRate_ = baudRate; }
+
+    /// Bytes that the host has written, at that moment.
+    void receive(std::span<const std::uint8_t> bytes, Micros now);
+
+    /// Bytes on their way to the host that have arrived by now; removes them.
+    std::vector<std::uint8_t> takeOutput(Micros now);
+
+    /// When the next byte will have arrived at the host; nothing when none is on its way.
+    std::optional<Micros> nextOutputAt() const;
+
+    /// After Fault::unplug: hears and says nothing until replug(). Its owner closes the device.
+    bool unplugged() const { return unplugged_; }
+
+    /// On the line again, in the state it was in.
+    void replug() { unplugged_ = false; }
+
+    /// Everything a test may look at or set.
+    ModuleState& state() { return state_; }
+    const ModuleState& state() const { return state_; }
+
+    /// Frames with a right checksum heard, for any node, in order, each from mark to checksum.
+    const std::vector<std::vector<std::uint8_t>>& frames() const { return frames_; }
+
+    /// Synchronisation characters of any node heard.
+    std::size_t handshakes() const { return handshakes_; }
+
+    /// Asks for a fault.
+    /// @throws std::invalid_argument when the parameter is out of the fault's range
+    void fault(const FaultOrder& order) { faults_.add(order); }
+
+private:
+    struct OnItsWay {
+        std::uint8_t byte = 0;
+        Micros arrivesAt = 0;
+        std::optional<int>
+            sentAt;  // the module's rate; nothing for an echo, which the host always hears as it was sent
+    };
+
+    void answerHandshake(const Heard& handshake, Micros heardAt);
+    void answerFrame(const Heard& heard, Micros heardAt);
+    void send(std::span<const std::uint8_t> bytes, Micros notBefore, int baudRate);
+    void putOnItsWay(const OnItsWay& sent);
+    std::uint8_t noise(std::uint8_t instead);
+
+    ModuleState state_;
+    int hostBaudRate_;
+    Line line_;
+    WireReader reader_;
+    Faults faults_;
+    bool unplugged_ = false;
+    std::vector<std::vector<std::uint8_t>> frames_;
+    std::size_t handshakes_ = 0;
+    std::deque<OnItsWay> onItsWay_;  // by arrival
+    std::minstd_rand noise_;         // default seed
+};
+
+}  // namespace opane::simulator

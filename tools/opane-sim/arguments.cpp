@@ -1,0 +1,80 @@
+#include "tools/opane-sim/arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <stdexcept>
+
+#include "simulator/answers.h"
+
+namespace opane::sim {
+namespace {
+
+constexpr const char* kRs232 = "RS232";
+constexpr const char* kRs485 = "RS485";
+
+constexpr const char* kExamples = R"(
+Examples:
+  opane-sim --link /tmp/opane
+      a module for node 3; a host opens /tmp/opane
+  opane-sim --node 1 --bus RS485 --pace --screen
+      on a bus, at the speed of the line, with its screen in this terminal
+  opane-sim --snapshot screen.png --fault aux:7x2 --fault silent@10
+      refuses two requests, and is silent after the tenth; a picture of the screen
+
+The first line of output is the device that a host opens. SIGINT and SIGTERM end it tidily.
+After the fault unplug, SIGUSR1 plugs it in again; the new device is the next line of output.
+)";
+
+std::vector<simulator::FaultOrder> faultOrders(const std::vector<std::string>& texts) {
+    std::vector<simulator::FaultOrder> orders;
+    for (const auto& text : texts)
+        orders.push_back(simulator::faultOrder(text));
+    return orders;
+}
+
+}  // namespace
+
+std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
+    Arguments arguments;
+    std::vector<std::string> faults;
+    std::string bus = kRs232;
+
+    CLI::App app("A simulated OPane module on a pseudo-terminal.", "opane-sim");
+    app.footer(simulator::faultHelp() + kExamples);
+    app.add_option("--node", arguments.module.node, "Node number, 0 to 3 (default 3)")
+        ->check(CLI::Range(0, 3).description(""))
+        ->type_name("N");
+    app.add_option("--bus", bus, "RS232 (default), or RS485: everything the host sends is echoed")
+        ->check(CLI::IsMember({kRs232, kRs485}).description(""))
+        ->type_name("RS232|RS485");
+    app.add_option("--baud", arguments.module.baudRate, "Speed it starts at (default 9600)")->type_name("RATE");
+    app.add_option("--quartz", arguments.module.quartz, "Crystal, which says what speeds it offers (default 2)")
+        ->check(CLI::Range(1, 3).description(""))
+        ->type_name("1|2|3");
+    app.add_option("--link", arguments.link, "Symbolic link to its device, removed at the end")->type_name("PATH");
+    app.add_flag("--pace", arguments.module.pace, "Let every byte take its time on the line");
+    app.add_flag("--screen", arguments.screen, "Draw its screen in the terminal");
+    app.add_option("--snapshot", arguments.snapshot, "Keep a picture of its screen up to date")->type_name("FILE.png");
+    app.add_option("--fault", faults, "Something that goes wrong, see below; may be given again")
+        ->type_name("FAULT")
+        ->expected(1)
+        ->take_all();
+
+    constexpr int kWrongUsage = 2;
+    try {
+        app.parse(argc, argv);
+        if (!simulator::offersBaudRate(arguments.module.quartz, arguments.module.baudRate))
+            throw CLI::ValidationError("--baud", std::to_string(arguments.module.baudRate) + " is no speed of quartz " +
+                                                     std::to_string(arguments.module.quartz));
+        arguments.module.bus = bus == kRs485 ? simulator::Bus::rs485 : simulator::Bus::rs232;
+        arguments.faults = faultOrders(faults);
+    } catch (const CLI::ParseError& error) {
+        return Exit{app.exit(error) == 0 ? 0 : kWrongUsage};
+    } catch (const std::invalid_argument& error) {
+        std::cerr << error.what() << '\n';
+        return Exit{kWrongUsage};
+    }
+    return arguments;
+}
+
+}  // namespace opane::sim
