@@ -61,6 +61,38 @@ public:
     /// The library's own version, "OpaneCommDLL V1.0.0" for 1.0.0. Nothing is sent.
     void Version(std::string& strVersion);
 
+    /// Changes the baud rate of the module, with its crystal of type 2, and of the port, and does a handshake.
+    /// Fails, and shows a message box, as clsOPane::OPaneCmd_RS232Baudrate; the host then calls Synchronize again.
+    /// @param lngNewBaudrate   1200, 2400, 4800, 9600, 19200 or 38400; 57600 gives status 1, as the crystal lacks it
+    void ChangeBaudrate(std::int32_t lngNewBaudrate, std::int16_t& intReturnStatus);
+
+    /// Reads status flags, 1 or 0 each: turned upside down, inverted, frame drawn, LCD on, automatic backlight. All are
+    /// 0 when the status is 1.
+    void ReadStatus(std::int16_t& intUpSideDown, std::int16_t& intInvertedDisplay, std::int16_t& intCadreON,
+                    std::int16_t& intLCDOn, std::int16_t& intAutomaticBacklightON, std::int16_t& intReturnStatus);
+
+    /// Writes status flags, first the frame, then the others; the automatic LCD drive voltage is always switched on.
+    /// Each flag is 0 or 1; any other value gives status 1 and nothing is sent.
+    void WriteStatus(std::int16_t intUpSideDown, std::int16_t intInvertedDisplay, std::int16_t intCadreON,
+                     std::int16_t intLCDOn, std::int16_t intAutomaticBacklightON, std::int16_t& intReturnStatus);
+
+    /// Shows a one-bit bitmap file of at most 120 x 64 pixels (docs/bitmap.md). Blocks for eight exchanges.
+    /// @param strFileNameWithPath  UTF-8
+    /// @param intReturnStatus      1 when a line failed; no more lines are sent then
+    /// @throws RuntimeError 53, 70, 75, 76 for the file, 9 (subscript) for a larger picture: nothing has been sent, and
+    ///         intReturnStatus keeps its value
+    void DisplayBMP(const std::string& strFileNameWithPath, std::int16_t& intReturnStatus);
+
+    /// Reads the last key of the remote control.
+    /// @param intLastKeyNumber  1 to 9; 0 when no key has been received; keeps its value for an unknown code; -1 when
+    /// the
+    ///                          status is 1
+    /// @param intToggleOn       1 or 0, changes with every press; keeps its value for an unknown code; 0 when the
+    /// status
+    ///                          is 1
+    /// @throws RuntimeError 9 (subscript) when the module's answer is shorter than two bytes
+    void ReadIRLastKey(std::int16_t& intLastKeyNumber, std::int16_t& intToggleOn, std::int16_t& intReturnStatus);
+
 private:
     GlobalsHolder holder_;
     /// What this object has put on the screen. Shared with the running call, which may outlive the object.

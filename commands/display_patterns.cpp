@@ -11,7 +11,7 @@ bool clsOPane::OPaneCmd_AffData(std::int16_t intZone, const ByteArray& arrbytDat
     const Running running(*this);
     logCommandType(kAffData);
     ByteArray unused;
-    return runCommand(kAffData, frameByte(intZone, "line"), 0, arrbytData, unused);
+    return runCommand(kAffData, frameByte(intZone, "line"), 0, unused, arrbytData);
 }
 
 bool clsOPane::OPaneCmd_AffBloc1(std::int16_t intLigne, std::int16_t intColonne, const ByteArray& arrbytData) {
@@ -39,14 +39,14 @@ bool clsOPane::showBlocks(const BlockCommand& command, std::int16_t intLigne, st
     const std::uint8_t line = frameByte(intLigne, "line");
     const std::uint8_t column = frameByte(intColonne, "column");
     ByteArray unused;
-    return runCommand(command, line, column, arrbytData, unused);
+    return runCommand(command, line, column, unused, arrbytData);
 }
 
 bool clsOPane::showPattern(const Command& command, std::int16_t intPattern) {
     const Running running(*this);
     logCommandType(command);
     ByteArray unused;
-    return runCommand(command, frameByte(intPattern, "pattern"), 0, ByteArray{0}, unused);
+    return runCommand(command, frameByte(intPattern, "pattern"), 0, unused);
 }
 
 }  // namespace opane

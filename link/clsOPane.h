@@ -11,11 +11,13 @@
 #include "link/frmDialog.h"
 #include "log/clsLog.h"
 #include "shared/frame_byte.h"
+#include "shared/screen_geometry.h"
 
 namespace opane {
 
 struct Command;
 struct BlockCommand;
+struct EepromCommand;
 
 /// The one link of a thread to its module: the serial port, the handshake, the exchange with retries, and one operation
 /// a command of the module. Owned by the thread's globals as gobjOPane; made by create().
@@ -109,6 +111,91 @@ public:
     /// Clears the screen with a pattern. @param intPattern 0..255, every row byte's new value
     bool OPaneCmd_Clear(std::int16_t intPattern);
 
+    // Version, status and readings. False when the exchange failed.
+
+    /// Reads the version text of the module, UTF-8. @param strVersion keeps its text when the result is false
+    bool OPaneCmd_Version(std::string& strVersion);
+    /// Reads the status flags. All six keep their values when the result is false.
+    bool OPaneCmd_ReadStatus(bool& blnUpSideDown, bool& blnInvertedDisplay, bool& blnCadreON, bool& blnLCDOn,
+                             bool& blnAutomaticBacklightON, bool& blnAutomaticVlcdON);
+    /// Writes five status flags, one exchange each, in this order; the frame is OPaneCmd_Cadre's. Stops at the first
+    /// one that fails: the earlier ones are then set.
+    bool OPaneCmd_WriteStatus(bool blnUpSideDown, bool blnInvertedDisplay, bool blnLCDOn, bool blnAutomaticBacklightON,
+                              bool blnAutomaticVlcdON);
+    /// Reads one analogue input.
+    /// @param intADCNumber    0 luminosity, 2 temperature, 3 battery voltage; any 0..255 is sent
+    /// @param lngReturnValue  raw counts, 0..32767; keeps its value when the result is false
+    /// @throws RuntimeError 6 (overflow) when intADCNumber fits no frame byte (nothing has been sent then) or the
+    ///         reading is above 32767; 9 (subscript) when the answer has fewer than two info bytes
+    bool OPaneCmd_ReadADC(std::int16_t intADCNumber, std::int32_t& lngReturnValue);
+
+    // Registers of the backlight, one bank a colour (0 physical, 1 set point, 2 final future value, 3 ADC, 4 zone,
+    // 5 increment), and of the LCD controller (0 command, 1 data). Values are bytes. False when the exchange failed; a
+    // value read is 0 then. A register that fits no frame byte raises RuntimeError 6 (overflow), and nothing is sent.
+
+    bool OPaneCmd_ReadSED1530(std::int16_t intRegister, std::int16_t& intValueRead);
+    /// @throws RuntimeError 6 (overflow) also for a value outside 0..255; nothing has been logged then
+    bool OPaneCmd_WriteSED1530(std::int16_t intRegister, std::int16_t intValueToWrite);
+    /// False also for an intensity outside 0..255; nothing is logged or sent then. The same for OPaneCmd_WriteVert.
+    bool OPaneCmd_WriteRouge(std::int16_t intRegister, std::int16_t intIntensity);
+    bool OPaneCmd_WriteVert(std::int16_t intRegister, std::int16_t intIntensity);
+    bool OPaneCmd_ReadRouge(std::int16_t intRegister, std::int16_t& intValueRead);
+    bool OPaneCmd_ReadVert(std::int16_t intRegister, std::int16_t& intValueRead);
+
+    // Ranges of the EEPROMs: System, addresses 0..1023, and User, 0..511; 1 to 128 bytes at a time. False when the
+    // exchange failed, and before anything is logged or sent for a range that does not lie in the EEPROM. A negative
+    // address or (of a read) length raises RuntimeError 6 (overflow), and nothing is sent.
+
+    /// @param arrbytReturnedData  the bytes that the module sent, which may be fewer or more than asked for. When the
+    ///                            result is false, not to be used
+    bool OPaneCmd_ReadEEPROMSystem(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                                   ByteArray& arrbytReturnedData);
+    bool OPaneCmd_ReadEEPROMUser(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                                 ByteArray& arrbytReturnedData);
+    /// @param arrbytDataToWrite  exactly intLengthOfData bytes; false otherwise
+    bool OPaneCmd_WriteEEPROMSystem(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                                    const ByteArray& arrbytDataToWrite);
+    bool OPaneCmd_WriteEEPROMUser(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                                  const ByteArray& arrbytDataToWrite);
+
+    /// Changes the rate of the module and then of the port, and does a handshake. False for a rate or crystal that is
+    /// not offered (docs/wire.md, "Baud rates"), for a failed exchange (the port is left as it was), and with a message
+    /// box when the port does not open at the new rate (the old one is set again) or the module does not answer there
+    /// (the new rate stays, not synchronised). True at once when the rate is in use already.
+    /// @param lngNewBaudrate  1200, 2400, 4800, 9600, 19200, 38400 or 57600
+    /// @param intQuartzType   crystal of the module, 1 to 3
+    bool OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t intQuartzType);
+    /// Resets the module (0), which then runs at 9600 baud: the port follows and does a handshake after 1000 ms, in
+    /// which no host events run; or its light control (1). False when the exchange failed, for any other type, which is
+    /// sent, and with a message box when the port does not open at 9600 baud or the module does not answer there.
+    /// @throws RuntimeError 6 (overflow) for a type outside 0..255; nothing has been sent then
+    bool OPaneCmd_Reset(std::int16_t intTypeOfReset);
+
+    /// Lets the user pick a bitmap file. @param strReturnFileName full path; empty when the result is false (cancelled)
+    bool OpenBMPFile(std::string& strReturnFileName);
+    /// Shows a one-bit bitmap file on the whole screen (docs/bitmap.md). What the picture lacks is sent blank.
+    /// @param strFileNameWithPath  UTF-8
+    /// @param arrActualImage       receives the picture's rows and byte columns before anything is sent; its others
+    /// stay
+    /// @return true when all eight lines were shown; after the first one that was not, no more are sent
+    /// @throws RuntimeError 53, 70, 75, 76 for the file, 9 (subscript) for a picture larger than the screen; nothing
+    /// has
+    ///         been changed or sent then
+    bool OPaneCmd_AfficheBMP(const std::string& strFileNameWithPath, ScreenImage& arrActualImage);
+
+    /// Reads the temperature (0), the code of the last infrared key (1) or the LCD drive voltage (2).
+    /// @param intParameter  any 0..255 is sent
+    /// @param lngValueRead  0..65535; 0 when the result is false
+    /// @throws RuntimeError 6 (overflow) when intParameter fits no frame byte (nothing has been sent then); 9
+    /// (subscript)
+    ///         when the answer has fewer than two info bytes
+    bool OPaneCmd_TempIRandVLCD(std::int16_t intParameter, std::int32_t& lngValueRead);
+
+    /// Let the user pick an EEPROM image to read, or to write, where replacing a file is asked about. False when
+    /// cancelled; the name is empty then.
+    bool OpenBINFile(std::string& strReturnFileName);
+    bool SaveBINFile(std::string& strReturnFileName);
+
     /// Takes the thread's default port and baud rate and 8 data bits, 1 stop bit, then opens the thread's link
     /// (gobjOPane) if it is closed, with what the control holds: port 1, 9600 baud on a new one.
     /// @throws RuntimeError 91 when the thread has no link
@@ -155,11 +242,21 @@ private:
 
     void logCommand(const Command& command, std::string_view text);
     void logCommandType(const Command& command);
-    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, const ByteArray& data,
-                    ByteArray& receivedInfo);
+    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, ByteArray& receivedInfo);
+    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, ByteArray& receivedInfo,
+                    const ByteArray& data);
     bool showBlocks(const BlockCommand& command, std::int16_t intLigne, std::int16_t intColonne,
                     const ByteArray& arrbytData);
     bool showPattern(const Command& command, std::int16_t intPattern);
+    bool writeIntensity(const Command& command, std::int16_t intRegister, std::int16_t intIntensity);
+    bool readRegister(const Command& command, std::int16_t intRegister, std::int16_t& intValueRead);
+    bool readEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                    ByteArray& arrbytReturnedData);
+    bool writeEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                     const ByteArray& arrbytDataToWrite);
+    bool runOnRange(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                    const ByteArray& data, ByteArray& receivedInfo);
+    bool resynchroniseAtNewRate(const Command& command, std::string_view changedText);
 
     frmComm comm_;
     frmDialog dialog_;

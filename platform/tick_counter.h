@@ -13,6 +13,9 @@ public:
     TickCounter& operator=(const TickCounter&) = delete;
 
     virtual std::uint32_t now() = 0;
+
+    /// Gives the processor away for about a millisecond, between two readings of a wait that does nothing else.
+    virtual void pause() = 0;
 };
 
 /// The system's counter; lives as long as the process.

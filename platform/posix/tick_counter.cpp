@@ -14,6 +14,11 @@ public:
             static_cast<std::uint64_t>(moment.tv_sec) * 1000U + static_cast<std::uint64_t>(moment.tv_nsec) / 1'000'000U;
         return static_cast<std::uint32_t>(milliseconds);
     }
+
+    void pause() override {
+        const timespec millisecond{0, 1'000'000};
+        nanosleep(&millisecond, nullptr);
+    }
 };
 
 }  // namespace

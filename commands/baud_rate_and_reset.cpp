@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+#include "commands/command_table.h"
+#include "link/clsOPane.h"
+#include "platform/message_box.h"
+#include "platform/services.h"
+
+namespace opane {
+namespace {
+
+constexpr auto kErrorTitle = "ERREUR DE COMMUNICATION";
+constexpr auto kModuleLost =
+    "La vitesse de transmission a été changée sur le module OPANE\r\n"
+    "mais il ne répond plus au caractère de synchronisation.";
+constexpr auto kPortLost =
+    "Impossible de changer la vitesse sur le PC. Le module est\r\n"
+    "maintenant complétement désynchronisé. Déconnecter-le et\r\n"
+    "essayez de rétablir la communication).";
+
+constexpr std::int32_t kRateAfterReset = 9600;
+constexpr std::int32_t kResetMs = 1000;  // a module takes that long to start again
+constexpr std::int16_t kResetModule = 0;
+constexpr std::int16_t kResetLightControl = 1;
+
+struct RateCode {
+    std::uint8_t code;
+    std::uint8_t flag;
+};
+
+constexpr std::int16_t kQuartzTypes = 3;
+
+/// What tells a module its new rate, by its crystal (docs/wire.md, "Baud rates").
+struct RateRow {
+    std::int32_t baudRate;
+    std::array<std::optional<RateCode>, kQuartzTypes> byQuartz;
+};
+
+constexpr std::array kRates{
+    RateRow{1200, {{RateCode{232, 0}, RateCode{224, 0}, RateCode{187, 1}}}},
+    RateRow{2400, {{RateCode{244, 0}, RateCode{240, 0}, RateCode{239, 0}}}},
+    RateRow{4800, {{RateCode{250, 0}, RateCode{248, 0}, RateCode{247, 0}}}},
+    RateRow{9600, {{RateCode{253, 0}, RateCode{252, 0}, RateCode{247, 1}}}},
+    RateRow{19200, {{RateCode{253, 1}, RateCode{254, 0}, RateCode{254, 0}}}},
+    RateRow{38400, {{std::nullopt, RateCode{255, 0}, RateCode{255, 0}}}},
+    RateRow{57600, {{std::nullopt, std::nullopt, RateCode{255, 1}}}},
+};
+
+void showError(const char* text) {
+    showMessageBox(text, kErrorTitle, MessageBoxButtons::ok);
+}
+
+}  // namespace
+
+bool clsOPane::OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t intQuartzType) {
+    const auto* const row = std::find_if(kRates.begin(), kRates.end(),
+                                         [=](const RateRow& rate) { return rate.baudRate == lngNewBaudrate; });
+    if (row == kRates.end())
+        return false;
+    const Running running(*this);
+    logCommandType(kRS232Baudrate);
+    logCommand(kRS232Baudrate, "Actual Baudrate : " + std::to_string(Baudrate()));
+    logCommand(kRS232Baudrate, "New Baudrate : " + std::to_string(lngNewBaudrate));
+    if (lngNewBaudrate == Baudrate())
+        return true;
+    if (intQuartzType < 1 || intQuartzType > kQuartzTypes)
+        return false;
+    const auto rate = row->byQuartz[static_cast<std::size_t>(intQuartzType - 1)];
+    if (!rate)
+        return false;
+    ByteArray unused;
+    if (!runCommand(kRS232Baudrate, rate->code, rate->flag, unused))
+        return false;
+
+    const std::int32_t rateBefore = Baudrate();
+    Baudrate(lngNewBaudrate);
+    if (!IsOpen()) {
+        showError(kPortLost);
+        Baudrate(rateBefore);
+        return false;
+    }
+    return resynchroniseAtNewRate(kRS232Baudrate, "Baudrate changed on PC and module");
+}
+
+bool clsOPane::OPaneCmd_Reset(std::int16_t intTypeOfReset) {
+    const Running running(*this);
+    logCommandType(kReset);
+    logCommand(kReset, "Reset Type : " + std::to_string(intTypeOfReset));
+    ByteArray unused;
+    if (!runCommand(kReset, frameByte(intTypeOfReset, "type of reset"), 0, unused))
+        return false;
+    if (intTypeOfReset != kResetModule)
+        return intTypeOfReset == kResetLightControl;
+
+    Baudrate(kRateAfterReset);
+    if (!IsOpen()) {
+        showError(kPortLost);
+        return false;
+    }
+    TickCounter& ticks = *services().tickCounter;
+    const std::uint32_t start = ticks.now();
+    while (!isPast(start, ticks.now(), kResetMs))  // the one wait that runs no host events
+        ticks.pause();
+    return resynchroniseAtNewRate(kReset, "Baudrate changed on PC and module to 9600");
+}
+
+bool clsOPane::resynchroniseAtNewRate(const Command& command, std::string_view changedText) {
+    if (!SendSynchronizeCharacter(nodeNumber_)) {
+        showError(kModuleLost);
+        synchronized_ = false;
+        return false;
+    }
+    logCommand(command, changedText);
+    logCommand(command, "Resynchronize OK");
+    synchronized_ = true;
+    return true;
+}
+
+}  // namespace opane
