@@ -1,0 +1,51 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include "shared/frame_byte.h"
+
+namespace opane::tool {
+
+/// What the program ends with.
+enum ExitStatus : int {
+    kSuccess = 0,
+    kModuleFailed = 1,  ///< the module refused or did not answer
+    kWrongInput = 2,    ///< wrong usage, or an input that was refused before anything was sent
+    kErrorRaised = 3,   ///< an error with a number
+};
+
+/// An input that the program refuses before it sends anything. what() names it and what was expected.
+class InputError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The options of every command.
+struct Arguments {
+    std::int16_t port = 1;
+    std::string device;  ///< empty: the system's device of the port
+    std::int32_t baudRate = 9600;
+    std::int16_t node = 3;
+    std::string bus = "RS232";
+    std::int16_t logLevel = 0;
+    std::string logFolder;  ///< empty: the library's own
+    std::string tester;
+    bool trace = false;
+    bool json = false;
+    int repeat = 1;
+};
+
+/// Adds those options to the program.
+void addCommonOptions(CLI::App& app, Arguments& arguments);
+
+/// A byte in decimal or, with 0x, in hexadecimal.
+/// @param name  of the input, for the message
+std::uint8_t parseByte(const std::string& text, const std::string& name);
+
+/// Bytes in hexadecimal, two digits each, with blanks between them as one likes. A single byte is repeated.
+/// @param count  how many are needed
+ByteArray parseRowBytes(const std::string& text, std::size_t count);
+
+}  // namespace opane::tool

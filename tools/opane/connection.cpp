@@ -1,0 +1,85 @@
+#include "connection.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace opane::tool {
+namespace {
+
+constexpr std::int16_t kEveryLine = 3;          // log level
+constexpr std::int32_t kHandshakeMs = 100;      // Timeout during the handshake
+constexpr std::int32_t kUsualTimeoutMs = 1000;  // Timeout after it
+
+/// Shows every line on standard error and keeps in the file those that the log level asks for.
+class TraceWriter final : public LineWriter {
+public:
+    explicit TraceWriter(std::int16_t fileLevel) : fileLevel_(fileLevel) {}
+
+    void write(const std::string& fileName, const std::string& line, std::int16_t level) override {
+        std::cerr << line.substr(0, line.find_last_not_of(" \r\n") + 1) << std::endl;
+        if (level <= fileLevel_)
+            file_.write(fileName, line, level);
+    }
+
+private:
+    std::int16_t fileLevel_;
+    FileLineWriter file_;
+};
+
+}  // namespace
+
+Connection::Connection(const Arguments& arguments) : arguments_(arguments) {
+    if (!arguments_.device.empty()) {
+        services_->portMap = [port = arguments_.port, device = arguments_.device](std::int16_t comPort) {
+            return comPort == port ? device : std::string();
+        };
+    } else if (arguments_.port != 1) {
+        // A new object opens port 1, which is not the one asked for and may be somebody's console.
+        services_->portMap = [port = arguments_.port](std::int16_t comPort) {
+            return comPort == port ? systemDevicePath(comPort) : std::string();
+        };
+    }
+    object_ = std::make_unique<clsOPaneCommDLL>();
+    link_ = threadLink();
+    openLog();
+}
+
+void Connection::openLog() {
+    clsLog& log = *threadGlobals()->gobjLog;
+    if (!arguments_.logFolder.empty())
+        log.LogFolder(arguments_.logFolder);
+    if (!arguments_.tester.empty())
+        log.TesteurName(arguments_.tester);
+    const std::int16_t fileLevel = std::max(arguments_.logLevel, log.LogLevel());
+    log.LogLevel(arguments_.trace ? kEveryLine : fileLevel);
+    if (arguments_.trace)
+        log.writer(std::make_unique<TraceWriter>(fileLevel));
+}
+
+bool Connection::synchronize() {
+    if (handshake())
+        return true;
+    const std::string device = arguments_.device.empty() ? devicePath(arguments_.port) : arguments_.device;
+    std::cerr << "opane: no module of node " << arguments_.node << " answered on " << device << " at "
+              << arguments_.baudRate << " baud (" << arguments_.bus
+              << "); check its power, its cable, its node number and its baud rate\n";
+    return false;
+}
+
+bool Connection::handshake() {
+    if (arguments_.bus == "RS232") {
+        std::int16_t status = 1;
+        object_->Synchronize(arguments_.port, arguments_.baudRate, arguments_.node, status);
+        return status == 0;
+    }
+    // The public method is for RS232 alone; on a bus the same steps are done on the link.
+    link_->Baudrate(arguments_.baudRate);
+    link_->CommPort(arguments_.port);
+    link_->CommunicationType(arguments_.bus);
+    link_->Timeout(kHandshakeMs);
+    const bool synchronized = link_->SendSynchronizeCharacter(arguments_.node);
+    link_->Timeout(kUsualTimeoutMs);
+    return synchronized;
+}
+
+}  // namespace opane::tool

@@ -1,0 +1,78 @@
+#include <iostream>
+#include <memory>
+
+#include "connection.h"
+#include "default_generator.h"
+#include "simulator/screen_picture.h"
+#include "simulator/served_module.h"
+#include "subcommands.h"
+
+namespace opane::tool {
+namespace {
+
+struct DemoText {
+    const char* text;
+    std::int16_t line;
+    std::int16_t column;
+    std::int16_t preGap;
+    std::int16_t inverted;
+};
+
+/// The second text of line 3 begins inside the last block of the first one and keeps its pixels.
+constexpr DemoText kTexts[]{
+    {"      OPaneComm     ", 0, 0, 0, 1},
+    {"Hello, world", 2, 3, 2, 0},
+    {"Hello,", 3, 4, 1, 0},
+    {"again", 3, 11, 1, 0},
+    {"Température 21,5 °C", 5, 0, 3, 0},
+    {"Größe 120 × 64", 7, 3, 0, 0},
+};
+
+bool showTexts(clsOPaneCommDLL& object) {
+    const std::string generator = defaultGenerator();
+    bool allShown = true;
+    for (const DemoText& row : kTexts) {
+        std::int16_t status = 1;
+        object.DisplayString(row.text, row.line, row.column, row.preGap, row.inverted, generator, status);
+        allShown = allShown && status == 0;
+    }
+    return allShown;
+}
+
+}  // namespace
+
+Run setUpDemo(CLI::App& command) {
+    const auto output = std::make_shared<std::string>("screen.png");
+    command.add_option("--output", *output, "picture of the module's screen (PNG)")->capture_default_str();
+    return [output](const Arguments& asked) {
+        simulator::ServedModule module;
+        module.withModule([](simulator::SimulatedModule& served) {
+            served.state().red[0] = 60;
+            served.state().green[0] = 200;
+        });
+        Arguments arguments = asked;
+        arguments.port = 1;
+        arguments.device = module.devicePath();
+        arguments.baudRate = 9600;
+        arguments.node = 3;
+        arguments.bus = "RS232";
+
+        Connection connection(arguments);
+        if (!connection.synchronize() || !showTexts(connection.object()))
+            return kModuleFailed;
+
+        const auto state = module.withModule([](simulator::SimulatedModule& served) { return served.state(); });
+        const ScreenImage screen = simulator::shownScreen(state);
+        std::cout << simulator::halfBlocks(screen);
+        try {
+            simulator::writePng(*output, screen, simulator::backlightLevels(state));
+        } catch (const std::runtime_error& error) {
+            throw InputError(error.what());
+        }
+        std::cout << "A simulated module on " << arguments.device << " shows this; the picture is in " << *output
+                  << '\n';
+        return kSuccess;
+    };
+}
+
+}  // namespace opane::tool

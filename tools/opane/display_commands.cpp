@@ -1,0 +1,111 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "connection.h"
+#include "print.h"
+#include "subcommands.h"
+
+namespace opane::tool {
+namespace {
+
+/// One operation of the link.
+using Operation = std::function<bool(clsOPane&)>;
+
+ExitStatus runOnLink(const Arguments& arguments, const char* name, const Operation& operation) {
+    Connection connection(arguments);
+    if (!connection.synchronize())
+        return kModuleFailed;
+    bool succeeded = true;
+    for (int i = 0; i < arguments.repeat; ++i)
+        succeeded = operation(connection.link()) && succeeded;
+    return reportCommand(arguments, name, succeeded);
+}
+
+struct PixelOptions {
+    std::string rowBytes;
+    std::int16_t line = 0;
+    std::int16_t column = 0;
+};
+
+std::shared_ptr<PixelOptions> addPixelOptions(CLI::App& command, const char* layout, int lastLine) {
+    auto options = std::make_shared<PixelOptions>();
+    command
+        .add_option("ROWBYTES", options->rowBytes,
+                    std::string(layout) +
+                        "; two hexadecimal digits each, bit 7 is the leftmost pixel, a set bit is "
+                        "dark. One byte alone is repeated")
+        ->required();
+    command.add_option("--line", options->line, "text line, 0 to " + std::to_string(lastLine) + " from the top")
+        ->check(CLI::Range(0, lastLine))
+        ->required();
+    return options;
+}
+
+void addColumnOption(CLI::App& command, PixelOptions& options, int lastColumn) {
+    command.add_option("--column", options.column, "block column, 0 to " + std::to_string(lastColumn))
+        ->check(CLI::Range(0, lastColumn))
+        ->capture_default_str();
+}
+
+}  // namespace
+
+Run setUpLine(CLI::App& command) {
+    const auto options = addPixelOptions(command, "120 row bytes: 8 pixel rows of 15, top row first", 7);
+    return [options](const Arguments& arguments) {
+        const ByteArray rows = parseRowBytes(options->rowBytes, 120);
+        return runOnLink(arguments, "line", [&](clsOPane& link) { return link.OPaneCmd_AffData(options->line, rows); });
+    };
+}
+
+Run setUpBlock(CLI::App& command) {
+    const auto options = addPixelOptions(command, "8 row bytes, top row first", 7);
+    addColumnOption(command, *options, 14);
+    return [options](const Arguments& arguments) {
+        const ByteArray rows = parseRowBytes(options->rowBytes, 8);
+        return runOnLink(arguments, "block",
+                         [&](clsOPane& link) { return link.OPaneCmd_AffBloc1(options->line, options->column, rows); });
+    };
+}
+
+Run setUpSquare(CLI::App& command) {
+    const auto options = addPixelOptions(command, "32 row bytes of four blocks, in the module's order", 6);
+    addColumnOption(command, *options, 13);
+    return [options](const Arguments& arguments) {
+        const ByteArray rows = parseRowBytes(options->rowBytes, 32);
+        return runOnLink(arguments, "square",
+                         [&](clsOPane& link) { return link.OPaneCmd_AffBloc4(options->line, options->column, rows); });
+    };
+}
+
+Run setUpFrame(CLI::App& command) {
+    const auto pattern = std::make_shared<std::string>();
+    command.add_option("PATTERN", *pattern, "on, off, or the byte to draw the frame with")->required();
+    return [pattern](const Arguments& arguments) {
+        const std::int16_t value = *pattern == "on"    ? std::int16_t{255}
+                                   : *pattern == "off" ? std::int16_t{0}
+                                                       : parseByte(*pattern, "the pattern");
+        return runOnLink(arguments, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
+    };
+}
+
+Run setUpClear(CLI::App& command) {
+    const auto pattern = std::make_shared<std::string>("0");
+    command.add_option("PATTERN", *pattern, "the byte that every 8 pixels become")->capture_default_str();
+    return [pattern](const Arguments& arguments) {
+        const std::int16_t value = parseByte(*pattern, "the pattern");
+        return runOnLink(arguments, "clear", [value](clsOPane& link) { return link.OPaneCmd_Clear(value); });
+    };
+}
+
+Run setUpVersion(CLI::App& /*command*/) {
+    return [](const Arguments& arguments) {
+        ServicesScope noPorts;
+        noPorts->portMap = [](std::int16_t) { return std::string(); };
+        std::string version;
+        clsOPaneCommDLL().Version(version);
+        printValue(arguments, "version", version);
+        return kSuccess;
+    };
+}
+
+}  // namespace opane::tool
