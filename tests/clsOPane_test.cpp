@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include "support/bench.h"
+
+namespace opane::test {
+namespace {
+
+using Events = std::vector<std::string>;
+
+TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
+    Bench bench;
+    GlobalsHolder holder;
+    Globals& globals = holder.globals();
+    globals.gobjOPane = clsOPane::create();
+    globals.gintCommPort = 2;
+    clsOPane& link = *globals.gobjOPane;
+    EXPECT_FALSE(link.IsOpen());
+    EXPECT_EQ(link.Timeout(), 1000);
+    link.Initialize();
+    EXPECT_EQ(link.CommPort(), 2);
+    EXPECT_EQ(link.Baudrate(), 0);
+    link.Baudrate(19200);
+    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 2 19200,N,8,1"}));
+    link.Terminate();
+    EXPECT_FALSE(link.IsOpen());
+}
+
+TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
+    LinkBench bench;
+    clsOPane& link = bench.link();
+    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
+    link.Baudrate(9600);
+    EXPECT_FALSE(link.IsSynchronized());
+    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
+    link.CommPort(1);
+    EXPECT_FALSE(link.IsSynchronized());
+    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
+    link.CloseCommunication();
+    EXPECT_FALSE(link.IsSynchronized());
+    link.CloseCommunication();  // closed already: only the flag
+    EXPECT_TRUE(link.OpenCommunication());
+    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close",
+                                             "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1"}));
+}
+
+TEST(PortSettings, AMissingPortLeavesItClosedAndTheNumberStored) {
+    LinkBench bench;
+    clsOPane& link = bench.link();
+    link.Baudrate(9600);
+    bench.line.missingPort = 7;
+    link.CommPort(7);
+    EXPECT_EQ(link.CommPort(), 7);
+    EXPECT_FALSE(link.IsOpen());
+    EXPECT_EQ(raisedNumber([&] { link.SendSynchronizeCharacter(3); }), 8018);
+    ByteArray info;
+    EXPECT_EQ(raisedNumber([&] { link.SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info); }), 8018);
+    link.CommPort(1);
+    EXPECT_TRUE(link.SendSynchronizeCharacter(3));
+}
+
+TEST(PortSettings, ADestroyedLinkClosesItsPort) {
+    Bench bench;
+    auto link = clsOPane::create();
+    link->OpenCommunication();
+    link.reset();
+    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close"}));
+}
+
+// ---- handshake
+// -------------------------------------------------------------------------------------------------------
+
+struct HandshakeCase {
+    const char* name;
+    const char* bus;
+    std::int16_t node;
+    std::uint8_t sent;
+    ByteArray answer;
+    bool result;
+    bool synchronizedAfter;  // it was before
+    std::uint8_t nodeAfter;  // it was 1
+};
+
+class Handshake : public testing::TestWithParam<HandshakeCase> {};
+
+TEST_P(Handshake, SendsOneCharacterAndLooksAtOneAnswer) {
+    LinkBench bench;
+    ScriptedPeer& peer = bench.scripted();
+    peer.answers = {{0x16}};
+    ASSERT_TRUE(bench.link().SendSynchronizeCharacter(1));
+
+    const HandshakeCase& row = GetParam();
+    peer.answers = {row.answer};
+    bench.link().CommunicationType(row.bus);
+    EXPECT_EQ(bench.link().SendSynchronizeCharacter(row.node), row.result);
+    EXPECT_EQ(peer.heard.back(), ByteArray{row.sent});
+    EXPECT_EQ(bench.link().IsSynchronized(), row.synchronizedAfter);
+
+    // The node number shows in the next frame.
+    bench.link().CommunicationType("RS232");
+    peer.answers = {{0xAA, 0, 0, 0, 0, 8, 0}};
+    ByteArray info;
+    ASSERT_TRUE(bench.link().SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info));
+    EXPECT_EQ(peer.heard.back().at(2), row.nodeAfter);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Codes, Handshake,
+    testing::Values(HandshakeCase{"node_0", "RS232", 0, 0xA5, {0x15}, true, true, 0},
+                    HandshakeCase{"node_1", "RS232", 1, 0xA6, {0x16}, true, true, 1},
+                    HandshakeCase{"node_2", "RS232", 2, 0xA7, {0x17}, true, true, 2},
+                    HandshakeCase{"node_3", "RS232", 3, 0xA8, {0x18}, true, true, 3},
+                    HandshakeCase{"node_5", "RS232", 5, 0x00, {0x00}, true, true, 5},
+                    HandshakeCase{"negative_node", "RS232", -1, 0x00, {0x18}, false, false, 1},
+                    HandshakeCase{"another_nodes_answer", "RS232", 2, 0xA7, {0x18}, false, false, 1},
+                    HandshakeCase{"right_answer_second", "RS232", 2, 0xA7, {0x00, 0x17}, false, false, 1},
+                    HandshakeCase{"silence", "RS232", 2, 0xA7, {}, false, false, 1},
+                    HandshakeCase{"bus", "RS485", 2, 0xA7, {0xA7, 0x17}, true, true, 2},
+                    HandshakeCase{"bus_with_damaged_echo", "RS485", 2, 0xA7, {0x3C, 0x17}, true, true, 2},
+                    HandshakeCase{"bus_without_echo", "RS485", 2, 0xA7, {0x17}, false, false, 1},
+                    HandshakeCase{"bus_with_wrong_answer", "RS485", 2, 0xA7, {0xA7, 0x16}, false, false, 1},
+                    HandshakeCase{"no_bus_type", "", 2, 0xA7, {0x17}, false, true, 1},
+                    HandshakeCase{"other_letter_case", "rs232", 2, 0xA7, {0x17}, false, true, 1}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+}  // namespace
+}  // namespace opane::test

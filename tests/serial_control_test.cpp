@@ -1,0 +1,211 @@
+#include "platform/serial_control.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <numeric>
+#include <thread>
+
+#include "automation/clsOPaneCommDLL.h"
+#include "link/clsOPane.h"
+#include "platform/services.h"
+#include "simulator/served_module.h"
+#include "support/raised_number.h"
+#include "support/temporary_folder.h"
+
+namespace opane::test {
+namespace {
+
+using simulator::PseudoTerminal;
+
+struct SettingsCase {
+    const char* name;
+    const char* settings;
+    int raised;
+};
+
+class Settings : public testing::TestWithParam<SettingsCase> {};
+
+TEST_P(Settings, AreTakenOrRefused) {
+    const auto control = makeSystemSerialControl();
+    EXPECT_EQ(raisedNumber([&] { control->Settings(GetParam().settings); }), GetParam().raised);
+    EXPECT_EQ(control->Settings(), GetParam().raised == 0 ? GetParam().settings : "9600,N,8,1");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, Settings,
+    testing::Values(SettingsCase{"slowest", "1200,N,8,1", 0}, SettingsCase{"fastest", "57600,n,8,1", 0},
+                    SettingsCase{"beyond_the_module", "115200,N,8,1", 0},
+                    SettingsCase{"no_standard_rate", "12345,N,8,1", 380}, SettingsCase{"rate_0", "0,N,8,1", 380},
+                    SettingsCase{"negative_rate", "-9600,N,8,1", 380},
+                    SettingsCase{"rate_beyond_32_bits", "99999999999,N,8,1", 380},
+                    SettingsCase{"parity", "9600,E,8,1", 380}, SettingsCase{"no_data_bits", "9600,N,0,0", 380},
+                    SettingsCase{"two_stop_bits", "9600,N,8,2", 380}, SettingsCase{"rate_alone", "9600", 380},
+                    SettingsCase{"empty", "", 380}, SettingsCase{"blanks", " 9600,N,8,1", 380},
+                    SettingsCase{"more", "9600,N,8,1,1", 380}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+/// A control on a pseudo-terminal whose other end the test holds.
+class OnATerminal : public testing::Test {
+protected:
+    OnATerminal() {
+        services->portMap = [this](std::int16_t port) { return port == 4 ? device : std::string(); };
+        control = makeSystemSerialControl();
+        control->CommPort(4);
+    }
+
+    std::string reason() {
+        try {
+            control->Input();
+        } catch (const RuntimeError& error) {
+            EXPECT_EQ(error.number(), ErrorNumber::portNotOpen);
+            return error.what();
+        }
+        return "no error";
+    }
+
+    PseudoTerminal terminal;
+    std::string device = terminal.path();
+    ServicesScope services;
+    std::unique_ptr<SerialControl> control;
+};
+
+/// As a login would leave a line: echoing, with characters that are translated or end a program.
+void makeCooked(const std::string& device) {
+    const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY);
+    termios mode{};
+    tcgetattr(descriptor, &mode);
+    mode.c_iflag |= BRKINT | ICRNL | IXON | IXOFF | ISTRIP | INPCK;
+    mode.c_oflag |= OPOST | ONLCR;
+    mode.c_lflag |= ICANON | ECHO | ISIG | IEXTEN;
+    mode.c_cflag |= PARENB | CSTOPB | HUPCL;
+    EXPECT_EQ(tcsetattr(descriptor, TCSANOW, &mode), 0);
+    close(descriptor);
+}
+
+TEST_F(OnATerminal, CarriesEveryByteUnchangedBothWays) {
+    makeCooked(device);
+    ByteArray all(256);
+    std::iota(all.begin(), all.end(), std::uint8_t{0});
+    control->Settings("19200,N,8,1");
+    control->PortOpen(true);
+    EXPECT_EQ(terminal.hostBaudRate(), 19200);
+    control->Output(all);
+    EXPECT_EQ(terminal.read(), all);
+
+    terminal.write(all);
+    ASSERT_TRUE(control->WaitForInput(1000));
+    control->InputLen(1);
+    for (int i = 0; i < 3; ++i) {
+        const auto got = control->Input();
+        ASSERT_EQ(got.size(), 1U);
+        EXPECT_EQ(got.front(), i);
+    }
+    control->InputLen(0);
+    const auto rest = control->Input();
+    EXPECT_EQ(ByteArray(rest.begin(), rest.end()), ByteArray(all.begin() + 3, all.end()));
+    EXPECT_TRUE(control->Input().empty());
+    EXPECT_FALSE(control->WaitForInput(1));
+}
+
+TEST_F(OnATerminal, IsExclusiveUntilItIsClosed) {
+    control->PortOpen(true);
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8005);
+    EXPECT_EQ(raisedNumber([&] { control->CommPort(5); }), 8000);
+    const auto second = makeSystemSerialControl();
+    second->CommPort(4);
+    EXPECT_EQ(raisedNumber([&] { second->PortOpen(true); }), 8005);
+    EXPECT_FALSE(second->PortOpen());
+    control->PortOpen(false);
+    second->PortOpen(true);
+    EXPECT_TRUE(second->PortOpen());
+}
+
+TEST_F(OnATerminal, TellsWhyItDidNotOpen) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(raisedNumber([&] { control->CommPort(0); }), 8002);
+    EXPECT_NE(reason().find("COM port 4 is not open"), std::string::npos);
+    device = folder / "none";
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
+    EXPECT_NE(reason().find(device + " does not exist"), std::string::npos);
+    device = folder.write("file", "content");
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
+    EXPECT_NE(reason().find("is no serial device"), std::string::npos);
+    EXPECT_EQ(contentOf(device), "content");
+    device.clear();
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
+    device = terminal.path();
+    control->PortOpen(true);
+    control->PortOpen(false);
+    EXPECT_EQ(reason(), "COM port 4 is not open") << "earlier reasons are gone";
+}
+
+TEST_F(OnATerminal, AVanishedDeviceRaisesAnErrorAndClosesThePort) {
+    for (const bool reading : {true, false}) {
+        control->PortOpen(true);
+        terminal.close();
+        EXPECT_TRUE(control->WaitForInput(1000)) << "there is something to say";
+        EXPECT_EQ(raisedNumber([&] { reading ? void(control->Input()) : control->Output(ByteArray{1}); }), 57);
+        EXPECT_FALSE(control->PortOpen());
+        EXPECT_NE(reason().find("vanished"), std::string::npos);
+        terminal.reopen();
+        device = terminal.path();
+    }
+    control->PortOpen(true);
+    EXPECT_TRUE(control->Input().empty());
+}
+
+/// A counter that leaps at every reading, so that no test waits for a second.
+class LeapingTicks final : public TickCounter {
+public:
+    std::uint32_t now() override { return ticks_ += 300; }
+    void pause() override {}
+
+private:
+    std::uint32_t ticks_ = 0;
+};
+
+TEST_F(OnATerminal, ADeviceThatTakesNothingRaisesAnErrorInsteadOfHolding) {
+    LeapingTicks ticks;
+    services->tickCounter = &ticks;
+    control->PortOpen(true);
+    const ByteArray chunk(1000, 0x55);
+    int raised = 0;
+    for (int i = 0; i < 1000 && raised == 0; ++i)
+        raised = raisedNumber([&] { control->Output(chunk); });
+    EXPECT_EQ(raised, 57);
+    EXPECT_FALSE(control->PortOpen());
+}
+
+TEST(OnAServedModule, ADeviceThatComesBackIsFoundByTheNextSynchronize) {
+    using simulator::SimulatedModule;
+    const TemporaryFolder folder;
+    simulator::ServedModule module({}, folder / "module");
+    ServicesScope services;
+    services->portMap = [&](std::int16_t) { return folder / "module"; };
+    clsOPaneCommDLL object;
+    const auto synchronize = [&object] {
+        std::int16_t status = -1;
+        object.Synchronize(1, 9600, 3, status);
+        return status;
+    };
+    ASSERT_EQ(synchronize(), 0);
+    EXPECT_TRUE(threadLink()->OPaneCmd_Clear(0xFF));
+    module.withModule([](SimulatedModule& served) { served.fault({.fault = simulator::Fault::unplug}); });
+    EXPECT_EQ(raisedNumber([] { threadLink()->OPaneCmd_Clear(0); }), 57);
+    EXPECT_FALSE(threadLink()->IsOpen());
+    EXPECT_EQ(raisedNumber(synchronize), 8018);
+    module.withModule([](SimulatedModule& served) { served.replug(); });
+    std::int16_t status = -1;
+    for (int i = 0; i < 1'000'000 && status != 0; ++i) {  // until the device is there again
+        std::this_thread::yield();
+        raisedNumber([&] { status = synchronize(); });
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(module.withModule([](SimulatedModule& served) { return served.state().screen[0][0]; }), 0xFF);
+}
+
+}  // namespace
+}  // namespace opane::test

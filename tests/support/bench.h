@@ -1,0 +1,77 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "link/clsOPane.h"
+#include "platform/services.h"
+#include "shared/mdlConstantes.h"
+#include "support/memory_serial_control.h"
+#include "support/raised_number.h"
+
+namespace opane::test {
+
+/// Lines of the log as they would be written.
+class RecordingWriter final : public LineWriter {
+public:
+    explicit RecordingWriter(std::vector<std::string>& lines) : lines_(lines) {}
+    void write(const std::string& /*fileName*/, const std::string& line, std::int16_t /*level*/) override {
+        // After the level and its indentation: the message padded to 70, then the procedure.
+        const auto level = line.find("Level");
+        const auto message = line.find_first_not_of(' ', level + 7);
+        const auto end = line.find("  ", message);
+        lines_.push_back(line.substr(message, end - message));
+    }
+
+private:
+    std::vector<std::string>& lines_;
+};
+
+/// A line in memory with virtual time, and a simulated module or another peer at its other end.
+class Bench {
+public:
+    explicit Bench(simulator::ModuleOptions options = {}) : module(std::move(options)) {
+        services->tickCounter = &time;
+        services->makeSerialControl = [this] { return std::make_unique<MemorySerialControl>(line); };
+    }
+
+    simulator::SimulatedModule module;
+    ModulePeer modulePeer{module};
+    VirtualTime time;
+    MemoryLine line{time, &modulePeer};
+    ServicesScope services;
+};
+
+/// A bench with the thread's link on it, as an owner would set it up, synchronised by nobody yet.
+class LinkBench : public Bench {
+public:
+    explicit LinkBench(simulator::ModuleOptions options = {}) : Bench(std::move(options)) {
+        holder.globals().gobjOPane = clsOPane::create();
+        holder.globals().gobjLog = std::make_shared<clsLog>();
+        holder.globals().gintCommPort = 1;
+        link().Initialize();
+        link().CommunicationType("RS232");
+        recordLog();
+    }
+
+    clsOPane& link() { return *holder.globals().gobjOPane; }
+
+    /// Keeps every line of the thread's log from now on.
+    void recordLog() {
+        threadGlobals()->gobjLog->LogLevel(3);
+        threadGlobals()->gobjLog->writer(std::make_unique<RecordingWriter>(log));
+    }
+
+    /// Puts a scripted peer at the other end.
+    ScriptedPeer& scripted() {
+        line.peer = &script;
+        return script;
+    }
+
+    std::vector<std::string> log;
+    ScriptedPeer script;
+    GlobalsHolder holder;
+};
+
+}  // namespace opane::test
