@@ -17,8 +17,8 @@ namespace opane {
 ///
 /// intReturnStatus: 0 success; 1 an argument out of its allowed set, or a module command that failed. What is not
 /// expected in normal use is raised as RuntimeError, and intReturnStatus then keeps what it held at that moment. Every
-/// method but Version raises 91 (object variable not set) when the thread has lost its link, 8018 when the port is not
-/// open, 57 when its device vanishes, and the log's errors when the log is on.
+/// method but Version raises, when it comes to use the link, 91 (object variable not set) when the thread has lost it,
+/// 8018 when the port is not open, 57 when its device vanishes, and the log's errors when the log is on.
 class clsOPaneCommDLL {
 public:
     /// Makes the thread's link and log and opens port 1 at 9600 baud; a port that does not open is no error here.
@@ -53,8 +53,7 @@ public:
     /// @param intComPort   COM port number from 1 (docs: README, "Ports")
     /// @param lngBaudrate  bits per second, one of the system's standard rates; the module runs at 1200 to 57600
     /// @param intNode      node number 0..3
-    /// @throws RuntimeError 380 for another rate, 8002 for a port below 1, 8018 when the port did not open, with the
-    ///         reason
+    /// @throws RuntimeError 380 for another rate, 8018 when the port did not open, with the reason
     void Synchronize(std::int16_t intComPort, std::int32_t lngBaudrate, std::int16_t intNode,
                      std::int16_t& intReturnStatus);
 

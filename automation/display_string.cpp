@@ -13,10 +13,6 @@ void clsOPaneCommDLL::DisplayString(const std::string& strString, std::int16_t i
         intReturnStatus = 1;
         return;
     }
-    const auto link = threadLink();
-    const clsOPane::Running running(*link);
-    const auto image = arrActualImage;
-
     const GlyphFile glyphs = GlyphFile::read(strGenCarFile);
     const TextCodes text = textCodes(strString);
     const auto placement = placeText(text.size(), intColumnPos, intPreGap);
@@ -24,12 +20,15 @@ void clsOPaneCommDLL::DisplayString(const std::string& strString, std::int16_t i
         intReturnStatus = 1;
         return;
     }
-    const auto blocks = renderText(text, *placement, intLignePos, intInvertedText == 1, glyphs, *image);
+    const auto blocks = renderText(text, *placement, intLignePos, intInvertedText == 1, glyphs, *arrActualImage);
     if (!blocks) {
         intReturnStatus = 1;
         return;
     }
 
+    const auto link = threadLink();
+    const clsOPane::Running running(*link);
+    const auto image = arrActualImage;
     bool allShown = true;
     std::int16_t blockColumn = placement->firstBlock;
     for (const BlockRows& rows : *blocks) {

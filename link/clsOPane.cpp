@@ -1,5 +1,7 @@
 #include "link/clsOPane.h"
 
+#include <exception>
+
 #include "shared/mdlConstantes.h"
 #include "shared/runtime_error.h"
 
@@ -46,7 +48,7 @@ void clsOPane::CommPort(std::int16_t intCommPort) {
 bool clsOPane::OpenCommunication() {
     try {
         MSComm.PortOpen(true);
-    } catch (const RuntimeError&) {
+    } catch (const std::exception&) {
         return false;  // the control keeps the reason for the error of the next read or write
     }
     return true;

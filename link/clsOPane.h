@@ -51,8 +51,7 @@ public:
 
     /// COM port number. Writing closes the port, clears the synchronised flag, gives the control the number and the
     /// settings and opens the port again; whether that worked, IsOpen tells.
-    /// @throws RuntimeError 8002 (invalid port number) below 1, 380 when no valid baud rate has been set; the port is
-    ///         closed then and the new number stored
+    /// @throws RuntimeError 380 when no valid baud rate has been set; the port is closed then and the new number stored
     std::int16_t CommPort() const { return commPort_; }
     void CommPort(std::int16_t intCommPort);
 
@@ -73,8 +72,8 @@ public:
 
     /// One exchange: sends a request frame and reads the answer, repeats it after errors, and resynchronises the link
     /// when the module stays silent or rejects the command (docs/wire.md, "Exchange"; log lines in docs/log.md).
-    /// Blocks on a silent module for six times Timeout, then 12.5 s of handshakes. A resynchronisation leaves Timeout
-    /// at 1000.
+    /// Blocks on a silent module for six times Timeout (twelve on an RS485 bus without its echo), then for 12.5 s of
+    /// handshakes. A resynchronisation leaves Timeout at 1000.
     /// @param bytLength               number of data bytes to send
     /// @param bytType                 command type; the answer must have the same
     /// @param arrbytData              its first bytLength elements are sent
@@ -87,7 +86,7 @@ public:
                                     std::uint8_t bytType, const ByteArray& arrbytData, ByteArray& arrbytReceivedInfo);
 
     /// Gives the control the port number and the settings.
-    /// @throws RuntimeError 8000 (port is open), 8002 (invalid port number), 380 (invalid settings)
+    /// @throws RuntimeError 8000 (port is open), 380 (invalid settings)
     void ChangeComPortConfiguration();
 
     bool IsSynchronized() const { return synchronized_; }

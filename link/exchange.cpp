@@ -114,8 +114,11 @@ bool clsOPane::receiveHeader(FrameFields& answer) {
 bool clsOPane::receiveInfo(Exchange& exchange) {
     exchange.receivedInfo.assign(std::max<std::size_t>(exchange.answer.Leng, 1), 0);
     for (std::size_t i = 0; i < exchange.answer.Leng; ++i) {
-        if (!ReceiveByte(exchange.receivedInfo[i]))
+        std::uint8_t byte = 0;
+        if (!ReceiveByte(byte))
             return false;
+        if (i < exchange.receivedInfo.size())  // a host event may have used the caller's array meanwhile
+            exchange.receivedInfo[i] = byte;
     }
     return true;
 }

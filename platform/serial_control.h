@@ -25,14 +25,16 @@ public:
     virtual void InputMode(std::int16_t intInputMode) = 0;
 
     /// COM port number from 1; 1 on a new control. Which device it is: devicePath() in services.h.
-    /// @throws RuntimeError 8002 (invalid port number) below 1, 8000 (port is open) while the port is open
+    /// Any number is taken; whether there is such a port, opening it tells.
+    /// @throws RuntimeError 8000 (port is open) while the port is open
     virtual std::int16_t CommPort() const = 0;
     virtual void CommPort(std::int16_t intCommPort) = 0;
 
     /// Baud rate, parity, data bits and stop bits, as in "9600,N,8,1", which a new control has. The baud rate is one
     /// of the system's standard ones, the rest is always N, 8 and 1. Written while the port is open, it takes effect
     /// at once.
-    /// @throws RuntimeError 380 (invalid property value) when the text is refused; the earlier settings stay
+    /// @throws RuntimeError 380 (invalid property value) when the text is refused; the earlier settings stay. 57 when
+    ///         the open device does not take them; the port is closed then
     virtual std::string Settings() const = 0;
     virtual void Settings(const std::string& strSettings) = 0;
 

@@ -1,5 +1,6 @@
 #include "shared/mdlConstantes.h"
 
+#include <atomic>
 #include <map>
 #include <mutex>
 
@@ -18,10 +19,11 @@ thread_local SetNumber threadSetNumber = 0;
 
 std::mutex registerMutex;
 Register* registerOfSets = nullptr;  // there only while it has entries, so that an unloaded library leaves nothing
-SetNumber lastSetNumber = 0;
 
 void forget(SetNumber number) {
     const std::lock_guard lock(registerMutex);
+    if (registerOfSets == nullptr)
+        return;
     registerOfSets->erase(number);
     if (registerOfSets->empty()) {
         delete registerOfSets;
@@ -30,14 +32,16 @@ void forget(SetNumber number) {
 }
 
 std::shared_ptr<Globals> makeThreadSet() {
-    const std::lock_guard lock(registerMutex);
-    if (registerOfSets == nullptr)
-        registerOfSets = new Register;
+    static std::atomic<SetNumber> lastSetNumber = 0;
     const SetNumber number = ++lastSetNumber;
-    std::shared_ptr<Globals> set(new Globals, [number](Globals* ended) {
+    // Before the lock: when memory runs out below, the set's end takes the lock itself.
+    const std::shared_ptr<Globals> set(new Globals, [number](Globals* ended) {
         forget(number);
         delete ended;
     });
+    const std::lock_guard lock(registerMutex);
+    if (registerOfSets == nullptr)
+        registerOfSets = new Register;
     (*registerOfSets)[number] = set;
     threadSetNumber = number;
     return set;

@@ -55,6 +55,14 @@ TEST(PublicClass, IsMadeWithoutAPortAndOpensItAtSynchronize) {
     EXPECT_EQ(synchronize(object), 0);
 }
 
+TEST(PublicClass, APortNumberThatIsNoneIsCorrectedByTheNextSynchronize) {
+    Bench bench;
+    bench.line.missingPort = -1;
+    clsOPaneCommDLL object;
+    EXPECT_EQ(raisedNumber([&] { synchronize(object, -1); }), 8018);
+    EXPECT_EQ(synchronize(object), 0);
+}
+
 TEST(PublicClass, AVanishedDeviceRaisesAnErrorAndTheNextSynchronizeWorks) {
     const TemporaryFolder folder;
     Bench bench;
@@ -87,6 +95,14 @@ TEST(PublicClass, TheEndOfAnyObjectReleasesTheThreadsLink) {
     first.reset();
     EXPECT_EQ(bench.line.portEvents.back(), "close");
     EXPECT_EQ(raisedNumber([&] { synchronize(*second); }), 91);
+    // A text is looked at before the link is needed.
+    const TemporaryFolder folder;
+    const std::string file = generatorFile(folder);
+    std::int16_t status = -1;
+    EXPECT_EQ(raisedNumber([&] { second->DisplayString("A", 0, 0, 0, 0, folder / "none", status); }), 53);
+    second->DisplayString("", 0, 0, 0, 0, file, status);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(raisedNumber([&] { second->DisplayString("A", 0, 0, 0, 0, file, status); }), 91);
     second.reset();
     EXPECT_EQ(threadGlobals(), nullptr) << "the set goes with its last holder";
     clsOPaneCommDLL third;

@@ -200,6 +200,13 @@ TEST(Exchange, LateBytesAreNotTakenForTheNextAnswer) {
     EXPECT_EQ(bench.link().Timeout(), 1000) << "whatever it was before a resynchronisation";
 }
 
+TEST(Exchange, AHostEventMayUseTheCallersArray) {
+    LinkBench bench;
+    ByteArray info;
+    bench.services->eventHook = [&info] { ByteArray().swap(info); };
+    EXPECT_TRUE(askVersion(bench, info));
+}
+
 // ---- the RS485 bus --------------------------------------------------------------------------------------------------
 
 TEST(ExchangeOnABus, ReadsTheEchoBeforeTheAnswer) {

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -123,9 +125,21 @@ TEST_F(OnATerminal, IsExclusiveUntilItIsClosed) {
     EXPECT_TRUE(second->PortOpen());
 }
 
+TEST_F(OnATerminal, AForkedChildDoesNotHoldTheLock) {
+    control->PortOpen(true);
+    const pid_t child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    control->PortOpen(false);
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 0);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+}
+
 TEST_F(OnATerminal, TellsWhyItDidNotOpen) {
     const TemporaryFolder folder;
-    EXPECT_EQ(raisedNumber([&] { control->CommPort(0); }), 8002);
     EXPECT_NE(reason().find("COM port 4 is not open"), std::string::npos);
     device = folder / "none";
     EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
@@ -136,6 +150,10 @@ TEST_F(OnATerminal, TellsWhyItDidNotOpen) {
     EXPECT_EQ(contentOf(device), "content");
     device.clear();
     EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
+    control->CommPort(0);
+    EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8002);
+    EXPECT_NE(reason().find("COM port 0 is not open: ports count from 1"), std::string::npos);
+    control->CommPort(4);
     device = terminal.path();
     control->PortOpen(true);
     control->PortOpen(false);

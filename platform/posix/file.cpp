@@ -61,6 +61,15 @@ FileDescriptor openRegular(const std::string& path, int flags) {
     return file;
 }
 
+/// Removes the last bytes that were appended, unless somebody else has appended since: no half line stays.
+void takeBack(int file, off_t bytes) {
+    const off_t end = lseek(file, 0, SEEK_CUR);
+    struct stat status {};
+    if (bytes == 0 || fstat(file, &status) != 0 || status.st_size != end)
+        return;
+    [[maybe_unused]] const int truncated = ftruncate(file, end - bytes);
+}
+
 }  // namespace
 
 ByteArray readFile(const std::string& path, std::size_t maxBytes) {
@@ -87,8 +96,11 @@ void appendToFile(const std::string& path, const std::string& text) {
         const ssize_t put = write(file.get(), text.data() + written, text.size() - written);
         if (put < 0 && errno == EINTR)
             continue;
-        if (put < 0)
-            raiseTransferError(path, "written", errno);
+        if (put < 0) {
+            const int error = errno;
+            takeBack(file.get(), static_cast<off_t>(written));
+            raiseTransferError(path, "written", error);
+        }
         written += static_cast<std::size_t>(put);
     }
 }

@@ -75,9 +75,6 @@ public:
     void CommPort(std::int16_t intCommPort) override {
         if (PortOpen())
             throw RuntimeError(ErrorNumber::portIsOpen, name() + " is open; its number is set while it is closed");
-        if (intCommPort < 1)
-            throw RuntimeError(ErrorNumber::invalidPort,
-                               "COM port number is " + std::to_string(intCommPort) + "; ports count from 1");
         port_ = intCommPort;
     }
 
@@ -167,8 +164,9 @@ private:
     std::span<const std::uint8_t> inputAll() {
         received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(next_));
         next_ = 0;
-        std::size_t got = kReceiveBuffer;
-        while (got == kReceiveBuffer && received_.size() < kMostAtOnce) {  // a short read has taken all there is
+        // A short read is not the last one: the system may fill its own buffer again from behind it.
+        std::size_t got = 1;
+        while (got > 0 && received_.size() < kMostAtOnce) {
             const std::size_t had = received_.size();
             received_.resize(had + kReceiveBuffer);
             got = readDevice(std::span(received_).subspan(had));
@@ -192,6 +190,8 @@ private:
     void open() {
         if (PortOpen())
             throw RuntimeError(ErrorNumber::portAlreadyOpen, name() + " is open already");
+        if (port_ < 1)
+            refuse(ErrorNumber::invalidPort, "ports count from 1");
         path_ = devicePath(port_);
         if (path_.empty())
             refuse(ErrorNumber::invalidPort, "it is no port of this system (no device belongs to it)");
@@ -200,8 +200,11 @@ private:
         FileDescriptor device(::open(path_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
         if (!device)
             refuseOpen(errno);
-        if (isatty(device.get()) == 0)
+        if (isatty(device.get()) == 0) {
+            if (errno != ENOTTY && errno != EINVAL)
+                refuseOpen(errno);
             refuse(ErrorNumber::invalidPort, "device " + path_ + " is no serial device");
+        }
         // TIOCEXCL keeps other users out, the lock also root and other ports of this process.
         if (flock(device.get(), LOCK_EX | LOCK_NB) != 0)
             refuseOpen(EBUSY);
@@ -222,7 +225,8 @@ private:
             case EIO:
                 refuse(ErrorNumber::invalidPort, device + " has no hardware behind it");
             case EBUSY:
-                refuse(ErrorNumber::portAlreadyOpen, device + " is in use by another program; close that one first");
+                refuse(ErrorNumber::portAlreadyOpen,
+                       device + " is in use by another program, or by a call of this one that still runs");
             case EACCES:
             case EPERM:
                 refuse(ErrorNumber::permissionDenied,
@@ -258,6 +262,7 @@ private:
         if (!PortOpen())
             return;
         tcflush(device_.get(), TCIOFLUSH);
+        flock(device_.get(), LOCK_UN);   // or a child that was forked meanwhile would go on holding it
         ioctl(device_.get(), TIOCNXCL);  // or the next open would fail while somebody else holds the device open too
         device_.reset();
     }

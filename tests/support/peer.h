@@ -4,6 +4,7 @@
 #include <deque>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "shared/frame_byte.h"
