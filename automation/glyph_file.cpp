@@ -66,7 +66,6 @@ private:
     }
 
     std::optional<GlyphValue> taggedValue() {
-        const std::size_t position = size_ - rest_.size();
         const auto tag = number<std::uint16_t>();
         if (!tag)
             return std::nullopt;
@@ -93,9 +92,10 @@ private:
             case GlyphTag::byte:
                 return value<std::uint8_t, std::uint8_t, std::int64_t>(GlyphTag::byte);
         }
-        throw RuntimeError(ErrorNumber::invalidFileFormat,
-                           "\"" + name_ + "\" is no character generator: type tag " + std::to_string(*tag) +
-                               " at byte " + std::to_string(position) + "; expected 0 to 8, 11 or 17");
+        throw RuntimeError(ErrorNumber::invalidFileFormat, "\"" + name_ + "\" is no character generator: type tag " +
+                                                               std::to_string(*tag) + " at byte " +
+                                                               std::to_string(size_ - rest_.size() - sizeof *tag) +
+                                                               "; expected 0 to 8, 11 or 17");
     }
 
     std::span<const std::uint8_t> rest_;

@@ -35,7 +35,7 @@ std::shared_ptr<Globals> makeThreadSet() {
     static std::atomic<SetNumber> lastSetNumber = 0;
     const SetNumber number = ++lastSetNumber;
     // Before the lock: when memory runs out below, the set's end takes the lock itself.
-    const std::shared_ptr<Globals> set(new Globals, [number](Globals* ended) {
+    std::shared_ptr<Globals> set(new Globals, [number](Globals* ended) {
         forget(number);
         delete ended;
     });

@@ -40,7 +40,7 @@ std::string dataFolder() {
     // Beside the library (a build folder), under the prefix of bin/ or lib/, and of lib/<architecture>/.
     const std::string folder = libraryFolder();
     for (const std::string& base : {folder, parentFolder(folder), parentFolder(parentFolder(folder))}) {
-        const std::string candidate = base + "/share/opane";
+        std::string candidate = base + "/share/opane";
         struct stat status {};
         if (stat(candidate.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
             return candidate;

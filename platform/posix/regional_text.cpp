@@ -5,6 +5,7 @@
 #include <locale.h>
 #include <time.h>
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -29,7 +30,7 @@ std::string toUtf8(const std::string& text, const char* codeSet) {
     if (codeSet == "UTF-8"sv || codeSet == "ANSI_X3.4-1968"sv)
         return text;
     const iconv_t converter = iconv_open("UTF-8", codeSet);
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    if (reinterpret_cast<std::intptr_t>(converter) == -1)
         return text;
     std::string result(text.size() * 4, '\0');
     std::string source = text;
