@@ -16,7 +16,7 @@ struct Figure {
 using Figures = std::vector<Figure>;
 
 // Each takes some seconds at most.
-Figures pacedText();
+Figures pacedJobs();
 Figures silentModule();
 Figures systemCalls();
 

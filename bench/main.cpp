@@ -9,7 +9,7 @@ int main() {
     try {
         std::printf("%-64s %9s %9s\n", "figure", "measured", "at most");
         bool within = true;
-        for (Figures (*const measure)() : {pacedText, systemCalls, silentModule}) {
+        for (Figures (*const measure)() : {pacedJobs, systemCalls, silentModule}) {
             for (const Figure& figure : measure()) {
                 within = within && figure.value <= figure.limit;
                 std::printf("%-64s %9.3f %9.3f  %s\n", figure.name.c_str(), figure.value, figure.limit,
