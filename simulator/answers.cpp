@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/readings.h"
+
 namespace opane::simulator {
 namespace {
 
@@ -83,11 +85,12 @@ Info writeStatus(ModuleState& state, const Frame& request) {
 }
 
 Info readAdc(ModuleState& state, const Frame& request) {
-    return lowByteFirst(state.adc.at(request.aux1));
+    return lowByteFirst(drifted(state, state.adc.at(request.aux1)));
 }
 
 Info readTemperatureKeyOrVlcd(ModuleState& state, const Frame& request) {
-    return lowByteFirst(std::array{state.temperature, state.lastKey, state.vlcd}.at(request.aux1));
+    return lowByteFirst(
+        std::array{drifted(state, state.temperature), state.lastKey, drifted(state, state.vlcd)}.at(request.aux1));
 }
 
 // --- backlight and LCD controller
@@ -163,11 +166,12 @@ Info changeBaudRate(ModuleState& state, const Frame& request) {
     return kDone;
 }
 
+constexpr std::uint8_t kWholeModule = 0;  // else the light control
+
 Info reset(ModuleState& state, const Frame& request) {
-    constexpr std::uint8_t kWholeModule = 0;
     if (request.aux1 == kWholeModule) {
         state.powerOn();
-    } else {  // the light control
+    } else {
         state.red = VolatileState{}.red;
         state.green = VolatileState{}.green;
     }
@@ -177,6 +181,8 @@ Info reset(ModuleState& state, const Frame& request) {
 // --- the commands
 
 constexpr int kAnyLength = -1;
+constexpr std::uint8_t kReset = 7;
+constexpr std::uint8_t kChangeBaudRate = 14;
 
 struct Command {
     std::uint8_t type;
@@ -192,14 +198,14 @@ constexpr Command kCommands[] = {
     {4, 32, kTextLines - 2, kBlockColumns - 2, showSquare},
     {5, 0, 255, 0, drawFrame},
     {6, 0, 255, 0, clear},
-    {7, 0, 1, 0, reset},
+    {kReset, 0, 1, 0, reset},
     {8, 0, 0, 0, version},
     {9, 0, 0, 0, readStatus},
     {10, 0, 4, 1, writeStatus},
     {11, 0, 255, 0, readAdc},
     {12, 1, 255, 255, readEeprom<&ModuleState::userEeprom>},
     {13, kAnyLength, 255, 255, writeEeprom<&ModuleState::userEeprom>},
-    {14, 0, 255, 1, changeBaudRate},
+    {kChangeBaudRate, 0, 255, 1, changeBaudRate},
     {16, 0, 0, 1, readSed1530},
     {17, 1, 0, 1, writeSed1530},
     {18, 0, 2, 0, readTemperatureKeyOrVlcd},
@@ -233,6 +239,11 @@ Frame carryOut(ModuleState& state, const Frame& request) {
 
 Frame commandError(const ModuleState& state) {
     return answerOf(state, kCommandError, 0, {});
+}
+
+bool setsSpeed(const Frame& request, const Frame& answer) {
+    const bool asksForIt = request.type == kChangeBaudRate || (request.type == kReset && request.aux1 == kWholeModule);
+    return asksForIt && answer.type == request.type && answer.aux1 == 0;
 }
 
 std::optional<int> baudRateOf(int quartz, std::uint8_t code, std::uint8_t flag) {

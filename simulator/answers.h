@@ -22,6 +22,9 @@ Frame carryOut(ModuleState& state, const Frame& request);
 /// The answer to a request that is no command or was not understood.
 Frame commandError(const ModuleState& state);
 
+/// Whether the request, answered so, has set the module's speed: a change of it, or a reset of the whole module.
+bool setsSpeed(const Frame& request, const Frame& answer);
+
 /// The rate that a module with this crystal (1..3) runs at after the code and flag; nothing when it does not offer it.
 std::optional<int> baudRateOf(int quartz, std::uint8_t code, std::uint8_t flag);
 

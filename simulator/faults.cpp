@@ -35,6 +35,7 @@ constexpr FaultRow kFaults[] = {
     {Fault::noChecksum, "no-checksum", Colon::nothing, 0, 0, 0, true, "the answer lacks its checksum"},
     {Fault::wrongChecksum, "wrong-checksum", Colon::nothing, 0, 0, 0, true, "the answer's checksum is off by one"},
     {Fault::garbage, "garbage", Colon::parameter, 1, 255, 3, true, "N bytes of garbage come before the answer"},
+    {Fault::lostRate, "lost-rate", Colon::nothing, 0, 0, 0, true, "a change of speed is answered but not made"},
     {Fault::delay, "delay", Colon::parameter, 0, 60'000, 200, true, "the answer starts N milliseconds late"},
     {Fault::unplug, "unplug", Colon::nothing, 0, 0, 0, false, "the device vanishes at the request"},
 };
@@ -135,10 +136,12 @@ bool Faults::Pending::applies() {
     return true;
 }
 
-AnswerFaults Faults::atRequest() {
+AnswerFaults Faults::atRequest(bool setsSpeed) {
     AnswerFaults faults;
     for (Pending& pending : pending_) {
-        const bool applies = pending.order.fault != Fault::ignoreHandshake && pending.applies();
+        const bool concerns =
+            pending.order.fault == Fault::lostRate ? setsSpeed : pending.order.fault != Fault::ignoreHandshake;
+        const bool applies = concerns && pending.applies();
         ++pending.requests;
         if (!applies)
             continue;
@@ -170,6 +173,9 @@ AnswerFaults Faults::atRequest() {
                 break;
             case Fault::garbage:
                 faults.garbageBytes = static_cast<std::size_t>(parameter);
+                break;
+            case Fault::lostRate:
+                faults.lostRate = true;
                 break;
             case Fault::delay:
                 faults.delay = Micros{parameter} * 1000;

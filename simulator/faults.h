@@ -25,6 +25,7 @@ enum class Fault {
     noChecksum,       ///< the answer lacks its last byte
     wrongChecksum,    ///< the answer's last byte is off by one
     garbage,          ///< parameter bytes of kGarbage (default 3) come before the answer
+    lostRate,         ///< a change of speed is answered but not made: see SimulatedModule::replug
     delay,            ///< the answer starts parameter milliseconds late (default 200)
     unplug,           ///< the device vanishes at the request; has no count
 };
@@ -35,9 +36,10 @@ inline constexpr std::uint8_t kGarbage = 0x5A;
 /// A fault that is asked for. Orders run side by side: several may spoil one answer.
 struct FaultOrder {
     Fault fault = Fault::ignore;
-    std::size_t count = 1;            ///< requests (of ignoreHandshake: handshakes) it applies to, or kForEver
-    std::size_t after = 0;            ///< requests that pass first, counted from the order on
-    std::size_t afterHandshakes = 0;  ///< handshakes of the module's node that pass first
+    /// Requests (of ignoreHandshake: handshakes, of lostRate: changes of speed) it applies to, or kForEver.
+    std::size_t count = 1;
+    std::size_t after = 0;                        ///< requests that pass first, counted from the order on
+    std::size_t afterHandshakes = 0;              ///< handshakes of the module's node that pass first
     std::optional<int> parameter = std::nullopt;  ///< what it counts: see Fault; nothing: the default
 };
 
@@ -55,6 +57,7 @@ struct AnswerFaults {
     bool typeZero = false;
     bool wrongType = false;
     bool noChecksum = false;
+    bool lostRate = false;
     bool wrongChecksum = false;
     std::optional<std::uint8_t> aux = std::nullopt;
     std::optional<std::size_t> infoBytes = std::nullopt;
@@ -69,7 +72,7 @@ class Faults {
 public:
     /// @throws std::invalid_argument when the parameter is out of the fault's range
     void add(const FaultOrder& order);
-    AnswerFaults atRequest();
+    AnswerFaults atRequest(bool setsSpeed);
     bool ignoresHandshake();  ///< asked once for each handshake of the module's node
 
 private:

@@ -85,7 +85,9 @@ PseudoTerminal::~PseudoTerminal() {
     removeLink();
 }
 
+// Without its link: the system soon gives the device's name to somebody else's terminal.
 void PseudoTerminal::close() {
+    removeLink();
     master_ = Descriptor();
     slave_ = Descriptor();
     watch_ = Descriptor();

@@ -37,7 +37,7 @@ public:
     const std::string& path() const { return path_; }  ///< of the device that the host opens; keeps it when closed
     bool isOpen() const { return master_.number() >= 0; }
 
-    void close();   ///< the device vanishes; a host that has it open reads its end
+    void close();   ///< the device vanishes, and the link with it; a host that has it open reads its end
     void reopen();  ///< a new device; the link leads to it. Throws as the constructor.
 
     /// The speed the host has set its end to; 0 when it is none of the usual ones.

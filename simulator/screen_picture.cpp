@@ -1,17 +1,13 @@
 #include "simulator/screen_picture.h"
 
 #include <png.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <stdexcept>
 #include <string_view>
-#include <utility>
 #include <vector>
+
+#include "simulator/part_file.h"
 
 namespace opane::simulator {
 namespace {
@@ -67,44 +63,6 @@ std::vector<std::uint8_t> colourIndices(const ScreenImage& shown) {
     return indices;
 }
 
-/// A file beside the target that goes away unless it is moved there.
-class PartFile {
-public:
-    explicit PartFile(const std::string& target)
-        : target_(target),
-          part_(target + "." + std::to_string(::getpid()) + ".part"),
-          file_(std::fopen(part_.c_str(), "wb")) {
-        if (file_ == nullptr)
-            fail(std::strerror(errno));
-    }
-    PartFile(const PartFile&) = delete;
-    PartFile& operator=(const PartFile&) = delete;
-    ~PartFile() {
-        if (file_ != nullptr)
-            std::fclose(file_);
-        if (!moved_)
-            std::remove(part_.c_str());
-    }
-
-    std::FILE* file() const { return file_; }
-
-    void moveToTarget() {
-        if (std::fclose(std::exchange(file_, nullptr)) != 0 || std::rename(part_.c_str(), target_.c_str()) != 0)
-            fail(std::strerror(errno));
-        moved_ = true;
-    }
-
-    [[noreturn]] void fail(const std::string& reason) const {
-        throw std::runtime_error("cannot write the picture " + target_ + ": " + reason);
-    }
-
-private:
-    std::string target_;
-    std::string part_;
-    std::FILE* file_;
-    bool moved_ = false;
-};
-
 }  // namespace
 
 ScreenImage shownScreen(const ModuleState& state) {
@@ -151,7 +109,7 @@ void writePng(const std::string& path, const ScreenImage& shown, BacklightLevels
     image.format = PNG_FORMAT_RGB_COLORMAP;
     image.colormap_entries = colours.size();
 
-    PartFile part(path);
+    PartFile part("the picture", path);
     if (png_image_write_to_stdio(&image, part.file(), 0, indices.data(), 0, colours.data()) == 0)
         part.fail(image.message);
     part.moveToTarget();

@@ -1,7 +1,9 @@
 #include "simulator/simulated_module.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
+#include <utility>
 
 #include "simulator/answers.h"
 
@@ -31,7 +33,7 @@ ModuleState stateFrom(const ModuleOptions& options) {
 }  // namespace
 
 SimulatedModule::SimulatedModule(ModuleOptions options)
-    : state_(stateFrom(options)), hostBaudRate_(options.baudRate), line_(options.pace) {}
+    : state_(stateFrom(options)), hostBaudRate_(options.baudRate), line_(options.pace), drifts_(options.drift) {}
 
 void SimulatedModule::receive(std::span<const std::uint8_t> bytes, Micros now) {
     for (const std::uint8_t byte : bytes) {
@@ -40,7 +42,11 @@ void SimulatedModule::receive(std::span<const std::uint8_t> bytes, Micros now) {
         const Micros heardAt = line_.hostByte(now, state_.baudRate);
         if (state_.bus == Bus::rs485)
             putOnItsWay({byte, heardAt, std::nullopt});
+        if (hostBaudRate_ == lostBaudRate_)
+            continue;
         const std::uint8_t heardByte = hostBaudRate_ == state_.baudRate ? byte : noise(byte);
+        if (!firstHeardAt_)
+            firstHeardAt_ = heardAt;
         const auto heard = reader_.hear(heardByte, heardAt, state_.baudRate);
         if (!heard)
             continue;
@@ -68,6 +74,21 @@ std::optional<Micros> SimulatedModule::nextOutputAt() const {
     return onItsWay_.front().arrivesAt;
 }
 
+void SimulatedModule::replug() {
+    unplugged_ = false;
+    lostBaudRate_.reset();
+}
+
+void SimulatedModule::pressKey(int key) {
+    constexpr std::uint16_t kToggle = 0x800;
+    constexpr std::array<std::uint16_t, 9> kCodes{0x7F3, 0x7C3, 0x7D4, 0x7D6, 0x7DF, 0x7EF, 0x7DE, 0x7EE, 0x7F2};
+    if (key < 1 || key > static_cast<int>(kCodes.size()))
+        throw std::invalid_argument("the key is " + std::to_string(key) + "; there are 1 to 9");
+    const std::uint16_t code = kCodes.at(static_cast<std::size_t>(key - 1));
+    state_.lastKey = static_cast<std::uint16_t>(code | (keyToggle_ ? kToggle : 0));
+    keyToggle_ = !keyToggle_;
+}
+
 void SimulatedModule::answerHandshake(const Heard& handshake, Micros heardAt) {
     ++handshakes_;
     if (handshake.node != state_.node || faults_.ignoresHandshake())
@@ -83,7 +104,13 @@ void SimulatedModule::answerFrame(const Heard& heard, Micros heardAt) {
     if (heard.node != state_.node)
         return;
 
-    const AnswerFaults faults = faults_.atRequest();
+    if (drifts_)
+        state_.driftingFor = heardAt - *firstHeardAt_;
+    ModuleState after = state_;
+    const Frame request = frameOf(heard.bytes);
+    const Frame answer = understood ? carryOut(after, request) : commandError(state_);
+    const bool speedSet = setsSpeed(request, answer);
+    const AnswerFaults faults = faults_.atRequest(speedSet);
     if (faults.unplugged) {
         unplugged_ = true;
         onItsWay_.clear();
@@ -92,9 +119,12 @@ void SimulatedModule::answerFrame(const Heard& heard, Micros heardAt) {
         return;
 
     const int baudRate = state_.baudRate;  // the request may change it: its answer still goes out at the old one
-    ModuleState untouched = state_;
-    ModuleState& state = faults.refuses() ? untouched : state_;
-    const Frame answer = understood ? carryOut(state, frameOf(heard.bytes)) : commandError(state);
+    if (speedSet && !faults.refuses()) {
+        lostBaudRate_ = faults.lostRate ? std::optional(after.baudRate) : std::nullopt;
+        after.baudRate = faults.lostRate ? baudRate : after.baudRate;
+    }
+    if (!faults.refuses())
+        state_ = std::move(after);
     send(spoiled(answer, faults), heardAt + faults.delay, baudRate);
 }
 

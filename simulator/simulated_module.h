@@ -22,6 +22,7 @@ struct ModuleOptions {
     int baudRate = kPowerOnBaudRate;  ///< one that the quartz offers
     int quartz = 2;                   ///< crystal, 1..3
     bool pace = false;                ///< bytes take their time on the line
+    bool drift = false;               ///< readings wander from the first byte heard on, see simulator/readings.h
     std::string version = ModuleState{}.version;
 };
 
@@ -52,8 +53,17 @@ public:
     /// After Fault::unplug: hears and says nothing until replug(). Its owner closes the device.
     bool unplugged() const { return unplugged_; }
 
-    /// On the line again, in the state it was in.
-    void replug() { unplugged_ = false; }
+    /// On the line again, in the state it was in; heard again too when Fault::lostRate had made it deaf.
+    ///
+    /// After that fault it keeps its old speed, and hears nothing from a host at the speed that it was told, even when
+    /// that is the old one: until a change of speed succeeds, or until this.
+    void replug();
+
+    /// A key of the infrared remote control, which the module receives. Every press turns the toggle flag of the code;
+    /// the first one has it clear.
+    /// @param key  1..9
+    /// @throws std::invalid_argument when there is no such key
+    void pressKey(int key);
 
     /// Everything a test may look at or set.
     ModuleState& state() { return state_; }
@@ -89,6 +99,10 @@ private:
     WireReader reader_;
     Faults faults_;
     bool unplugged_ = false;
+    std::optional<int> lostBaudRate_;  // what a host at it says goes unheard
+    bool keyToggle_ = false;           // of the next key
+    bool drifts_;
+    std::optional<Micros> firstHeardAt_;
     std::vector<std::vector<std::uint8_t>> frames_;
     std::size_t handshakes_ = 0;
     std::deque<OnItsWay> onItsWay_;  // by arrival

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <sstream>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "simulator/simulated_module.h"
@@ -14,33 +14,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-struct FrameCase {
-    const char* name;
-    std::uint8_t node, aux1, aux2, type;
-    Bytes data;
-    Bytes bytes;
-};
-
-class FrameOnPaper : public testing::TestWithParam<FrameCase> {};
-
-TEST_P(FrameOnPaper, is_written_and_read) {
-    const auto& [name, node, aux1, aux2, type, data, bytes] = GetParam();
-    EXPECT_EQ(wireBytes({node, aux1, aux2, type, data}), bytes);
-    const Frame read = frameOf(bytes);
-    EXPECT_EQ(std::tie(read.node, read.aux1, read.aux2, read.type, read.data), std::tie(node, aux1, aux2, type, data));
-    EXPECT_TRUE(balances(bytes));
+TEST(Frame, is_written_as_on_paper) {
+    EXPECT_EQ(wireBytes({3, 5, 0, 16, {0x12, 0x34}}), (Bytes{0xAA, 2, 3, 5, 0, 16, 0x12, 0x34, 0xA0}));
+    EXPECT_EQ(wireBytes({0, 0, 0, 0}), (Bytes{0xAA, 0, 0, 0, 0, 0, 0}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Frames, FrameOnPaper,
-    testing::Values(FrameCase{"no_data", 3, 0, 0, 8, {}, {0xAA, 0, 3, 0, 0, 8, 0xF5}},
-                    FrameCase{"two_data_bytes", 3, 5, 0, 16, {0x12, 0x34}, {0xAA, 2, 3, 5, 0, 16, 0x12, 0x34, 0xA0}},
-                    FrameCase{"all_zero", 0, 0, 0, 0, {}, {0xAA, 0, 0, 0, 0, 0, 0}},
-                    // 1 + 3 + 0 + 0 + 17 + 170 = 191; 256 - 191 = 65
-                    FrameCase{"a_mark_as_data", 3, 0, 0, 17, {0xAA}, {0xAA, 1, 3, 0, 0, 17, 0xAA, 65}}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-const Bytes kVersionRequest{0xAA, 0, 3, 0, 0, 8, 0xF5};
 const Bytes kStatusRequest{0xAA, 0, 3, 0, 0, 9, 0xF4};
 const Bytes kStatusAnswer{0xAA, 1, 3, 0, 0, 9, 0x38, 0xBB};
 
@@ -49,93 +27,65 @@ Bytes said(SimulatedModule& module, const Bytes& bytes, Micros now = 0) {
     return module.takeOutput(now);
 }
 
-Bytes joined(Bytes first, const Bytes& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+Bytes bytesOf(const std::string& hexadecimal) {
+    Bytes bytes;
+    for (std::size_t at = 0; at + 1 < hexadecimal.size(); at += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoi(hexadecimal.substr(at, 2), nullptr, 16)));
+    return bytes;
 }
 
-struct HandshakeCase {
+// Moment in milliseconds, what the host says, what comes back at once (a dash: nothing), and so on.
+struct ListeningCase {
     const char* name;
-    int node;
-    std::uint8_t sent;
-    Bytes answer;
+    Bus bus;
+    int baudRate;
+    std::string conversation;
+    std::size_t framesHeard;
+    std::size_t handshakes;
 };
 
-class Handshake : public testing::TestWithParam<HandshakeCase> {};
+class Listening : public testing::TestWithParam<ListeningCase> {};
 
-TEST_P(Handshake, is_answered_by_its_own_node_only) {
-    SimulatedModule module({.node = GetParam().node});
-    EXPECT_EQ(said(module, {GetParam().sent}), GetParam().answer);
-    EXPECT_EQ(module.handshakes(), 1U);
-}
-
-INSTANTIATE_TEST_SUITE_P(Nodes, Handshake,
-                         testing::Values(HandshakeCase{"node_0", 0, 0xA5, {0x15}},
-                                         HandshakeCase{"node_1", 1, 0xA6, {0x16}},
-                                         HandshakeCase{"node_2", 2, 0xA7, {0x17}},
-                                         HandshakeCase{"node_3", 3, 0xA8, {0x18}},
-                                         HandshakeCase{"another_node", 1, 0xA7, {}}),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-TEST(Listening, passes_over_what_is_neither_mark_nor_handshake) {
-    SimulatedModule module;
-    EXPECT_EQ(said(module, joined({0x00, 0xA4, 0xA9, 0x15, 0xFF}, kStatusRequest)), kStatusAnswer);
-    EXPECT_EQ(module.handshakes(), 0U);
-}
-
-TEST(Listening, takes_handshake_characters_within_a_frame_as_data) {
-    SimulatedModule module;
-    // 1 + 3 + 17 + 168 = 189; 256 - 189 = 67
-    EXPECT_EQ(said(module, {0xAA, 1, 3, 0, 0, 17, 0xA8, 67}), (Bytes{0xAA, 0, 3, 0, 0, 17, 0xEC}));
-    EXPECT_EQ(module.state().sed1530[0], 0xA8);
-    EXPECT_EQ(module.handshakes(), 0U);
-}
-
-TEST(Listening, takes_a_frame_in_pieces_and_several_at_once) {
-    SimulatedModule module;
-    for (std::size_t i = 0; i + 1 < kStatusRequest.size(); ++i)
-        EXPECT_TRUE(said(module, {kStatusRequest[i]}, static_cast<Micros>(i) * 49'000).empty());
-    EXPECT_EQ(said(module, {kStatusRequest.back()}, 6 * 49'000), kStatusAnswer);
-    EXPECT_EQ(said(module, joined({0xA8}, joined(kStatusRequest, kStatusRequest)), 400'000),
-              joined({0x18}, joined(kStatusAnswer, kStatusAnswer)));
-    EXPECT_EQ(module.frames().size(), 3U);
-    EXPECT_EQ(module.frames()[0], kStatusRequest);
-}
-
-TEST(Listening, drops_a_cut_frame_after_the_quiet_gap) {
-    SimulatedModule module;
-    EXPECT_TRUE(said(module, {0xAA, 0xFF, 3}).empty());
-    EXPECT_TRUE(said(module, {0xA8}, 50'000).empty()) << "still within the frame";
-    EXPECT_EQ(said(module, {0xA8}, 100'001), (Bytes{0x18}));
-}
-
-TEST(Listening, waits_longer_at_a_slow_rate) {
-    SimulatedModule module({.baudRate = 1200});  // 8 characters of 10 bits take 66.67 ms
-    EXPECT_TRUE(said(module, {0xAA, 0}).empty());
-    EXPECT_TRUE(said(module, {3, 0, 0, 9}, 66'000).empty());
-    EXPECT_EQ(said(module, {0xF4}, 132'000), kStatusAnswer);
-    EXPECT_TRUE(said(module, {0xAA, 0}, 200'000).empty());
-    EXPECT_EQ(said(module, {0xA8}, 266'700), (Bytes{0x18}));
-}
-
-TEST(Listening, ignores_frames_for_another_node) {
-    SimulatedModule module({.node = 2});
-    EXPECT_TRUE(said(module, kVersionRequest).empty());
-    EXPECT_EQ(module.frames().size(), 1U);
-}
-
-TEST(Listening, answers_a_wrong_checksum_with_type_0_and_changes_nothing) {
-    SimulatedModule module;
-    EXPECT_EQ(said(module, {0xAA, 0, 3, 255, 0, 6, 0xF9}), (Bytes{0xAA, 0, 3, 0, 0, 0, 0xFD}));
+TEST_P(Listening, gives_these_answers) {
+    SimulatedModule module({.bus = GetParam().bus, .baudRate = GetParam().baudRate});
+    std::istringstream conversation(GetParam().conversation);
+    Micros atMs = 0;
+    for (std::string bytes, answer; conversation >> atMs >> bytes >> answer;)
+        EXPECT_EQ(said(module, bytesOf(bytes), atMs * 1000), bytesOf(answer)) << atMs << " ms";
+    EXPECT_EQ(module.frames().size(), GetParam().framesHeard);
+    EXPECT_EQ(module.handshakes(), GetParam().handshakes);
     EXPECT_EQ(module.state().screen, ScreenImage{});
-    EXPECT_TRUE(module.frames().empty());
 }
 
-TEST(Rs485, echoes_everything_before_the_answer) {
-    SimulatedModule module({.bus = Bus::rs485});
-    EXPECT_EQ(said(module, {0xA8}), (Bytes{0xA8, 0x18}));
-    EXPECT_EQ(said(module, {0xA5}), (Bytes{0xA5}));
-    EXPECT_EQ(said(module, kStatusRequest), joined(kStatusRequest, kStatusAnswer));
+constexpr Bus kDirect = Bus::rs232;
+const std::string kStatus = "AA0003000009F4 ";
+const std::string kItsAnswer = "AA010300000938BB ";
+
+INSTANTIATE_TEST_SUITE_P(
+    Conversations, Listening,
+    testing::Values(
+        ListeningCase{"bytes_between_frames", kDirect, 9600, "0 00A4A915FF - 0 " + kStatus + kItsAnswer, 1, 0},
+        ListeningCase{"frame_for_another_node", kDirect, 9600, "0 AA0002000009F5 -", 1, 0},
+        // 2 + 3 + 13 + 168 + 170 = 356; 512 - 356 = 156
+        ListeningCase{"marks_and_handshakes_as_data", kDirect, 9600, "0 AA020300000DA8AA9C AA000300000DF0", 1, 0},
+        ListeningCase{"frame_in_pieces", kDirect, 9600, "0 AA - 49 00 - 98 030000 - 147 09 - 196 F4 " + kItsAnswer, 1,
+                      0},
+        ListeningCase{"several_at_once", kDirect, 9600,
+                      "0 A8AA0003000008F4AA0003000009F4 18AA0003000000FDAA010300000938BB", 1, 1},
+        ListeningCase{"cut_frame", kDirect, 9600, "0 AAFF03 - 50 A8 - 101 A8 18", 0, 1},
+        // 8 characters of 10 bits take 66.67 ms
+        ListeningCase{"slow_frame", kDirect, 1200, "0 AA - 66 0003000009 - 132 F4 " + kItsAnswer, 1, 0},
+        ListeningCase{"slow_cut_frame", kDirect, 1200, "0 AA00 - 67 A8 18", 0, 1},
+        ListeningCase{"wrong_checksum", kDirect, 9600, "0 AA0003FF0006F9 AA0003000000FD", 0, 0},
+        ListeningCase{"echo", Bus::rs485, 9600, "0 A8 A818 0 A5 A5 0 AA0003000008F6 AA0003000008F6AA0003000000FD", 0,
+                      2}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(Handshake, is_answered_by_its_own_node_only) {
+    for (int node = 0; node < 4; ++node) {
+        SimulatedModule module({.node = node});
+        EXPECT_EQ(said(module, {0xA5, 0xA6, 0xA7, 0xA8}), Bytes{static_cast<std::uint8_t>(0x15 + node)});
+    }
 }
 
 TEST(Speeds, noise_while_they_differ_and_none_after) {
@@ -150,28 +100,18 @@ TEST(Speeds, noise_while_they_differ_and_none_after) {
 }
 
 TEST(Speeds, an_answer_is_noise_to_a_host_that_has_changed_its_speed_but_an_echo_is_not) {
-    SimulatedModule module({.bus = Bus::rs485});
-    module.receive(kStatusRequest, 0);
-    module.hostBaudRate(4800);
-    const auto heard = module.takeOutput(0);
-    ASSERT_EQ(heard.size(), kStatusRequest.size() + kStatusAnswer.size());
-    for (std::size_t i = 0; i < heard.size(); ++i) {
-        if (i < kStatusRequest.size()) {
-            EXPECT_EQ(heard[i], kStatusRequest[i]);
-        } else {
-            EXPECT_NE(heard[i], kStatusAnswer[i - kStatusRequest.size()]);
-        }
-    }
-}
-
-TEST(Speeds, noise_is_the_same_in_every_run) {
-    const auto noiseOf = [] {
-        SimulatedModule module;
+    const auto heard = [] {
+        SimulatedModule module({.bus = Bus::rs485});
         module.receive(kStatusRequest, 0);
         module.hostBaudRate(4800);
         return module.takeOutput(0);
     };
-    EXPECT_EQ(noiseOf(), noiseOf());
+    const Bytes bytes = heard();
+    ASSERT_EQ(bytes.size(), 7U + 8U);
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 7), kStatusRequest);
+    for (std::size_t i = 0; i < kStatusAnswer.size(); ++i)
+        EXPECT_NE(bytes[7 + i], kStatusAnswer[i]) << i;
+    EXPECT_EQ(heard(), bytes) << "the same noise in every run";
 }
 
 TEST(Options, are_refused_out_of_range) {
@@ -182,56 +122,41 @@ TEST(Options, are_refused_out_of_range) {
 }
 
 struct PaceCase {
-    const char* name;
     int baudRate;
-    Bus bus;
     Micros lastRequestByte;
     Micros lastAnswerByte;
 };
 
-class Pacing : public testing::TestWithParam<PaceCase> {};
-
-// 7 bytes there and 8 back, of 10 bits each.
-TEST_P(Pacing, gives_every_byte_its_time) {
-    const auto& row = GetParam();
-    SimulatedModule module({.bus = row.bus, .baudRate = row.baudRate, .quartz = 3, .pace = true});
-    constexpr Micros kStart = 1'000'000;
-    module.receive(kStatusRequest, kStart);
-    std::vector<Micros> arrivals;
-    while (const auto at = module.nextOutputAt()) {
-        EXPECT_TRUE(module.takeOutput(*at - 1).empty());
-        EXPECT_EQ(module.takeOutput(*at).size(), 1U);
-        arrivals.push_back(*at - kStart);
+// 7 bytes there, which are echoed, and 8 back, of 10 bits each.
+TEST(Pacing, gives_every_byte_its_time) {
+    for (const auto& row : {PaceCase{1200, 58'333, 125'000}, {9600, 7'292, 15'625}, {57600, 1'215, 2'604}}) {
+        SimulatedModule module({.bus = Bus::rs485, .baudRate = row.baudRate, .quartz = 3, .pace = true});
+        constexpr Micros kStart = 1'000'000;
+        module.receive(kStatusRequest, kStart);
+        std::vector<Micros> arrivals;
+        while (const auto at = module.nextOutputAt()) {
+            EXPECT_TRUE(module.takeOutput(*at - 1).empty());
+            EXPECT_EQ(module.takeOutput(*at).size(), 1U);
+            arrivals.push_back(*at - kStart);
+        }
+        ASSERT_EQ(arrivals.size(), 7U + 8U);
+        EXPECT_NEAR(static_cast<double>(arrivals[6]), static_cast<double>(row.lastRequestByte), 2);
+        EXPECT_NEAR(static_cast<double>(arrivals.back()), static_cast<double>(row.lastAnswerByte), 2);
     }
-    const std::size_t echoed = row.bus == Bus::rs485 ? 7 : 0;
-    ASSERT_EQ(arrivals.size(), echoed + 8);
-    if (echoed != 0) {
-        EXPECT_NEAR(static_cast<double>(arrivals[echoed - 1]), static_cast<double>(row.lastRequestByte), 2);
-    }
-    EXPECT_NEAR(static_cast<double>(arrivals.back()), static_cast<double>(row.lastAnswerByte), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rates, Pacing,
-                         testing::Values(PaceCase{"slowest", 1200, Bus::rs232, 58'333, 125'000},
-                                         PaceCase{"usual", 9600, Bus::rs232, 7'292, 15'625},
-                                         PaceCase{"with_echo", 9600, Bus::rs485, 7'292, 15'625},
-                                         PaceCase{"fastest", 57600, Bus::rs232, 1'215, 2'604}),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-TEST(Pacing, a_host_that_speaks_too_early_is_heard_after_the_answer) {
-    SimulatedModule module({.pace = true});
-    module.receive(Bytes{0xA8, 0xA8}, 0);  // answers: 1 character after the first, then the second one
+TEST(Pacing, one_direction_at_a_time_and_delays_on_top) {
+    SimulatedModule module({.pace = true});  // a character takes 1041.67 us
+    module.receive(Bytes{0xA8, 0xA8}, 0);    // the second one is heard after the answer to the first
     EXPECT_EQ(module.takeOutput(2'084), (Bytes{0x18}));
     EXPECT_TRUE(module.takeOutput(4'160).empty());
     EXPECT_EQ(module.takeOutput(4'170), (Bytes{0x18}));
-}
 
-TEST(Pacing, frames_for_another_node_take_their_time_too) {
-    SimulatedModule module({.node = 2, .pace = true});
-    module.receive(kStatusRequest, 0);
-    module.receive(Bytes{0xA7}, 0);
-    // 7 + 1 + 1 characters of 1041.67 us
-    EXPECT_NEAR(static_cast<double>(module.nextOutputAt().value_or(0)), 9'375.0, 2);
+    module.fault(faultOrder("delay:10"));
+    module.receive({{0xAA, 0, 2, 0, 0, 9, 0xF5}}, 100'000);  // for another node: 7 characters all the same
+    module.receive(kStatusRequest, 100'000);
+    // 7 + 7 characters, 10 ms, 1 character
+    EXPECT_NEAR(static_cast<double>(module.nextOutputAt().value_or(0)), 125'625.0, 2);
 }
 
 }  // namespace

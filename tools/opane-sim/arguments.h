@@ -16,6 +16,10 @@ struct Arguments {
     bool screen = false;
     std::string snapshot;  ///< PNG file; empty: none
     std::vector<simulator::FaultOrder> faults;
+    std::vector<std::string> readings;  ///< NAME=VALUE, not looked at yet
+    int key = 0;                        ///< pressed at the start; 0: none
+    std::string systemEeprom;           ///< file that keeps it; empty: none
+    std::string userEeprom;
 };
 
 /// The exit status of a command line that only asked for help (0), or was wrong (2).

@@ -21,9 +21,15 @@ std::string statusLine(const simulator::SimulatedModule& module) {
     const auto& state = module.state();
     const auto backlight = simulator::backlightLevels(state);
     std::ostringstream line;
+    line << std::uppercase;
     line << "node " << state.node << "  " << (state.bus == simulator::Bus::rs485 ? "RS485" : "RS232") << "  "
          << state.baudRate << " baud  backlight red " << int{backlight.red} << " green " << int{backlight.green}
-         << "  frames " << module.frames().size() << (module.unplugged() ? "  unplugged" : "");
+         << "  key ";
+    if (state.lastKey == simulator::kNoKey)
+        line << "none";
+    else
+        line << std::hex << state.lastKey << std::dec;
+    line << "  frames " << module.frames().size() << (module.unplugged() ? "  unplugged" : "");
     return line.str();
 }
 

@@ -14,7 +14,7 @@ namespace opane::sim {
 struct View {
     ScreenImage shown{};
     simulator::BacklightLevels backlight;
-    std::string status;  ///< one line: node, bus, speed, backlight, frames heard
+    std::string status;  ///< one line: node, bus, speed, backlight, last key, frames heard
     bool unplugged = false;
 
     explicit View(const simulator::SimulatedModule& module);

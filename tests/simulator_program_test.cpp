@@ -1,0 +1,162 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <termios.h>
+
+#include "simulator/eeprom_file.h"
+#include "simulator/module_state.h"
+#include "simulator/pseudo_terminal.h"
+#include "support/program.h"
+
+// What opane-sim takes from its command line, from its standard input and from its files.
+
+namespace opane::simulator {
+namespace {
+
+using test::contentOf;
+using test::TemporaryFolder;
+
+constexpr const char* kProgram = OPANE_SIM_PROGRAM;
+
+struct WrongCase {
+    const char* name;
+    const char* options;
+    const char* message;
+};
+
+class WrongUse : public testing::TestWithParam<WrongCase> {};
+
+TEST_P(WrongUse, ends_with_a_message_and_status_2_and_makes_nothing) {
+    const TemporaryFolder folder;
+    folder.write("short", std::string(1023, 'x'));
+    // Accepted by mistake, it would end by the q.
+    const auto end = test::runProgram(
+        {"sh", "-c", "cd " + folder.path() + "; echo q | " + kProgram + " --link link " + GetParam().options});
+    EXPECT_EQ(end.status, 2);
+    EXPECT_EQ(end.output, "");
+    EXPECT_NE(end.errors.find(GetParam().message), std::string::npos) << end.errors;
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Options, WrongUse,
+    testing::Values(WrongCase{"reading", "--reading light=1", "reading \"light=1\": no such reading"},
+                    WrongCase{"value", "--reading vlcd=65536", "reading \"vlcd=65536\": expected NAME=VALUE"},
+                    WrongCase{"key", "--key 10", "--key: Value 10 not in range"},
+                    WrongCase{"fault", "--fault mute", "fault \"mute\": no such fault"},
+                    WrongCase{"baud", "--baud 12345", "--baud: 12345"},
+                    WrongCase{"eeprom_of_another_size", "--user-eeprom new --system-eeprom short",
+                              "cannot be kept in short: it holds 1023 bytes; expected exactly 1024"},
+                    WrongCase{"folder_as_eeprom", "--user-eeprom .", "kept in .: it is no plain file"},
+                    WrongCase{"eeprom_in_no_folder", "--user-eeprom none/user.bin", "none: No such file or directory"},
+                    WrongCase{"unnamed_eeprom", "--user-eeprom ''", "expected the name of a file"},
+                    WrongCase{"one_file_for_two", "--user-eeprom new --system-eeprom ./new", "both name the file"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+/// Tells a module what a host would, and waits for its answer.
+std::string told(const std::string& device, const std::string& request, std::size_t count) {
+    const Descriptor host(::open(device.c_str(), O_RDWR | O_NOCTTY));
+    EXPECT_EQ(::write(host.number(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
+    constexpr int kPatienceMs = 5000;  // only a failure waits this long
+    pollfd source{host.number(), POLLIN, 0};
+    std::string answer;
+    char byte = 0;
+    while (answer.size() < count && ::poll(&source, 1, kPatienceMs) == 1 && ::read(host.number(), &byte, 1) == 1)
+        answer += byte;
+    answer.resize(count);
+    return answer;
+}
+
+std::string lastKey(const std::string& device) {
+    return told(device, {'\xAA', 0, 3, 1, 0, 18, '\xEA'}, 9).substr(6, 2);
+}
+
+TEST(Input, presses_keys_from_a_file_and_its_end_ends_nothing) {
+    const TemporaryFolder folder;
+    test::RunningProgram program(
+        {"sh", "-c", "exec " + std::string(kProgram) + " --key 9 <" + folder.write("keys", "x1\n2")});
+    const std::string device = program.line();
+    std::string key = lastKey(device);
+    for (int i = 0; i < 10'000 && key != "\xC3\x07"; ++i)  // until it has read them: third press, no toggle flag
+        key = lastKey(device);
+    EXPECT_EQ(key, "\xC3\x07");
+    EXPECT_EQ(program.end(), 0);
+}
+
+tcflag_t shownAndGathered(const std::string& terminal) {
+    const Descriptor slave(::open(terminal.c_str(), O_RDWR | O_NOCTTY));
+    termios mode{};
+    EXPECT_EQ(::tcgetattr(slave.number(), &mode), 0);
+    return mode.c_lflag & (ICANON | ECHO | ISIG);
+}
+
+TEST(Input, of_a_terminal_is_taken_as_it_is_typed_and_the_terminal_put_back) {
+    for (const bool typesQ : {true, false}) {
+        PseudoTerminal terminal;
+        {
+            const Descriptor slave(::open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
+            termios mode{};
+            ASSERT_EQ(::tcgetattr(slave.number(), &mode), 0);
+            mode.c_lflag |= ICANON | ECHO | ISIG;
+            ASSERT_EQ(::tcsetattr(slave.number(), TCSANOW, &mode), 0);
+        }
+        test::RunningProgram program({"sh", "-c", "exec " + std::string(kProgram) + " <" + terminal.path() + " 2>&1"});
+        const std::string device = program.line();
+        EXPECT_EQ(shownAndGathered(terminal.path()), tcflag_t{ISIG}) << "Ctrl-C stays";
+        const std::string typed = typesQ ? "5q" : "5";
+        terminal.write(std::vector<std::uint8_t>(typed.begin(), typed.end()));
+        EXPECT_EQ(program.line(), "key 5 pressed");
+        if (typesQ) {
+            EXPECT_THROW(program.line(), std::runtime_error) << "it has ended by itself";
+        }
+        EXPECT_EQ(program.end(), 0);
+        EXPECT_EQ(shownAndGathered(terminal.path()), tcflag_t{ICANON | ECHO | ISIG});
+    }
+}
+
+TEST(Eeproms, are_kept_in_their_files_from_run_to_run) {
+    const TemporaryFolder folder;
+    const std::string user = folder / "user.bin";
+    const std::string system = folder.write("system.bin", std::string(1023, 'x') + 'y');
+    const std::vector<std::string> words{kProgram, "--user-eeprom", user, "--system-eeprom", system};
+    std::string expected(512, '\xFF');
+    {
+        test::RunningProgram program(words);
+        const std::string device = program.line();
+        EXPECT_EQ(contentOf(user), expected) << "made as erased";
+        told(device, {'\xAA', 1, 3, '\xFF', 1, 13, 'a', '\x8E'},
+             7);  // 1 + 3 + 255 + 1 + 13 + 97 = 370; 512 - 370 = 142
+        expected.back() = 'a';
+        for (int i = 0; i < 1'000'000 && contentOf(user) != expected; ++i) {  // soon, without its end
+        }
+        EXPECT_EQ(contentOf(user), expected);
+        told(device, {'\xAA', 1, 3, 0, 0, 13, 'b', '\x8D'}, 7);  // 1 + 3 + 13 + 98 = 115
+        expected.front() = 'b';
+        EXPECT_EQ(program.end(), 0);
+        EXPECT_EQ(contentOf(user), expected) << "and at its end";
+    }
+    test::RunningProgram program(words);
+    // From 511 on: 1 + 3 + 255 + 1 + 12 + 1 = 273; from 1023 on: 1 + 3 + 255 + 3 + 32 + 1 = 295
+    const std::string device = program.line();
+    EXPECT_EQ(told(device, {'\xAA', 1, 3, '\xFF', 1, 12, 1, '\xEF'}, 8).substr(6, 1), "a");
+    EXPECT_EQ(told(device, {'\xAA', 1, 3, '\xFF', 3, 32, 1, '\xD9'}, 8).substr(6, 1), "y");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
+}
+
+TEST(EepromFile, that_cannot_be_written_keeps_what_it_held) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "sub");
+    EepromFile file("the User EEPROM", folder / "sub/user.bin", kUserEepromSize);
+    std::vector<std::uint8_t> contents = file.contents();
+    file.keep(contents);
+    std::filesystem::rename(folder / "sub", folder / "moved");
+    contents[0] = 1;
+    EXPECT_THROW(file.keep(contents), std::runtime_error);
+    EXPECT_EQ(contentOf(folder / "moved/user.bin"), std::string(512, '\xFF'));
+    std::filesystem::rename(folder / "moved", folder / "sub");
+    file.keep(contents);
+    EXPECT_EQ(contentOf(folder / "sub/user.bin"), '\x01' + std::string(511, '\xFF'));
+}
+
+}  // namespace
+}  // namespace opane::simulator
