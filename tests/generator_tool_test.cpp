@@ -4,474 +4,237 @@
 #include <gtest/gtest.h>
 #include <png.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <set>
 
 #include "automation/glyph_file.h"
+#include "support/program.h"
 
-namespace opane {
+namespace opane::test {
 namespace {
 
 namespace fs = std::filesystem;
-using Picture = std::vector<std::string>;  // a row a string, '#' dark
+using namespace std::string_literals;
 
-std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+// Pictures of a cell: eight rows of six pixels from the top, # dark.
+constexpr char kBlank[] = "....../....../....../....../....../....../....../......";
+constexpr char kA[] = "....../.##.../#..#../#..#../####../#..#../#..#../......";
+constexpr char kHyphen[] = "....../....../###.../....../....../....../....../......";
 
-ByteArray bytesOf(const fs::path& path) {
-    const std::string content = contentOf(path);
-    return {content.begin(), content.end()};
-}
-
-Picture pictureOf(const GlyphFile& generator, std::uint8_t code) {
-    Picture picture(8, std::string(6, '.'));
-    for (int column = 0; column < 6; ++column)
-        for (unsigned row = 0; row < 8; ++row)
-            if ((generator.column(code, column, false) >> (7 - row) & 1) != 0)
-                picture[row][static_cast<std::size_t>(column)] = '#';
+template <typename IsDark>
+std::string pictureOf(IsDark isDark) {
+    std::string picture = kBlank;
+    for (unsigned row = 0; row < 8; ++row)
+        for (unsigned column = 0; column < 6; ++column)
+            if (isDark(column, row))
+                picture[7 * row + column] = '#';
     return picture;
 }
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
+/// A bitmap font with a hyphen, an A, a W of 8 pixels' width and a g that goes two rows below the baseline.
+/// @param moved  added to their codes
+std::string smallFont(int moved = 0) {
+    std::string font =
+        "STARTFONT 2.1\nFONT -Test-Small-Medium-R-Normal--8-80-75-75-C-60-ISO10646-1\nSIZE 8 75 75\n"
+        "FONTBOUNDINGBOX 8 8 0 -2\nSTARTPROPERTIES 5\nPIXEL_SIZE 8\nFONT_ASCENT 6\nFONT_DESCENT 2\n"
+        "CHARSET_REGISTRY \"ISO10646\"\nCHARSET_ENCODING \"1\"\nENDPROPERTIES\nCHARS 4\n";
+    const auto add = [&](int code, const std::string& box, const std::string& rows) {
+        font += "STARTCHAR c" + std::to_string(code) + "\nENCODING " + std::to_string(code + moved) +
+                "\nSWIDTH 600 0\nDWIDTH 6 0\nBBX " + box + "\nBITMAP\n" + rows + "\nENDCHAR\n";
+    };
+    add('-', "3 1 0 2", "E0");
+    add('A', "3 5 1 0", "40\nA0\nE0\nA0\nA0");
+    add('W', "8 5 0 0", "FF\n81\n81\n81\nA5");
+    add('g', "3 5 0 -2", "60\nA0\n60\n20\nC0");
+    return font + "ENDFONT\n";
 }
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
+/// A generator whose one character is A, with these values for its columns.
+std::string generatorOfA(const std::string& columns) {
+    return std::string(65 * 16, '\0') + "\x08\0\x01\0A\0\0"s + columns;  // absent codes are eight empty values
+}
+
+const std::string kColumnsOfA = "\x11\0\x3E\x11\0\x48\x11\0\x48\x11\0\x3E\x11\0\0\x11\0\0"s;
 
 /// Each test has a folder of its own, in which the program runs.
 class GeneratorTool : public testing::Test {
 protected:
     GeneratorTool() {
-        std::string name = (fs::temp_directory_path() / "opane-generator-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr)
-            throw std::runtime_error("no temporary folder " + name);
-        folder_ = name;
-    }
-    ~GeneratorTool() override { fs::remove_all(folder_); }
-
-    /// @param arguments  as in a shell
-    /// @param before     shell commands before it
-    Outcome run(const std::string& arguments, const std::string& before = "") const {
-        const std::string command = "cd '" + folder_.string() + "' && mkdir -p .run && " + before +
-                                    " '" OPANE_GENERATOR_PROGRAM "' " + arguments + " >.run/output 2>.run/errors";
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(folder_ / ".run/output"),
-                contentOf(folder_ / ".run/errors")};
+        folder.write("small.bdf", smallFont());
+        folder.write("a.gen", generatorOfA(kColumnsOfA));
     }
 
-    fs::path write(const std::string& name, const std::string& content) const {
-        std::ofstream(folder_ / name, std::ios::binary) << content;
-        return folder_ / name;
+    /// Runs it with these arguments, as in a shell, after these shell commands.
+    ProgramEnd run(const std::string& arguments, const std::string& before = "") const {
+        return runProgram(
+            {"sh", "-c", "cd \"$0\" && " + before + "'" OPANE_GENERATOR_PROGRAM "' " + arguments, folder.path()});
     }
 
-    /// The files in the folder, in the order of their names.
-    std::vector<std::string> files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_))
-            if (entry.path().filename() != ".run")
-                names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
+    std::set<std::string> files() const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder.path()))
+            names.insert(entry.path().filename().string());
         return names;
     }
 
-    fs::path folder_;
+    TemporaryFolder folder;
 };
 
-// A bitmap font with glyphs that the tests need: A stands on the baseline, g goes two rows below it, W is 8 pixels
-// wide.
-constexpr char kSmallFont[] = R"(STARTFONT 2.1
-FONT -Test-Small-Medium-R-Normal--8-80-75-75-C-60-ISO10646-1
-SIZE 8 75 75
-FONTBOUNDINGBOX 8 8 0 -2
-STARTPROPERTIES 5
-PIXEL_SIZE 8
-FONT_ASCENT 6
-FONT_DESCENT 2
-CHARSET_REGISTRY "ISO10646"
-CHARSET_ENCODING "1"
-ENDPROPERTIES
-CHARS 4
-STARTCHAR hyphen
-ENCODING 45
-SWIDTH 400 0
-DWIDTH 4 0
-BBX 3 1 0 2
-BITMAP
-E0
-ENDCHAR
-STARTCHAR A
-ENCODING 65
-SWIDTH 600 0
-DWIDTH 6 0
-BBX 3 5 1 0
-BITMAP
-40
-A0
-E0
-A0
-A0
-ENDCHAR
-STARTCHAR W
-ENCODING 87
-SWIDTH 900 0
-DWIDTH 9 0
-BBX 8 5 0 0
-BITMAP
-FF
-81
-81
-81
-A5
-ENDCHAR
-STARTCHAR g
-ENCODING 103
-SWIDTH 600 0
-DWIDTH 6 0
-BBX 3 5 0 -2
-BITMAP
-60
-A0
-60
-20
-C0
-ENDCHAR
-ENDFONT
-)";
-
-/// The small font with its four characters moved to where Windows-1252 has none.
-std::string fontOfOtherCharacters() {
-    std::string font = kSmallFont;
-    const std::string label = "\nENCODING ";
-    for (std::size_t at = font.find(label); at != std::string::npos; at = font.find(label, at + 1))
-        font.insert(at + label.size(), "190");  // 45 becomes 19045
-    return font;
+void expectPart(const std::string& text, const std::string& part) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
 }
-
-const Picture kPictureOfA{
-    "......",  //
-    ".##...",  //
-    "#..#..",  //
-    "#..#..",  //
-    "####..",  //
-    "#..#..",  //
-    "#..#..",  //
-    "......",  //
-};
-
-/// A generator whose one character is A, with these values for its columns.
-std::string generatorOfA(const std::string& columns) {
-    using namespace std::string_literals;
-    const std::string absentRecord(16, '\0');  // eight empty values
-    std::string bytes;
-    for (int code = 0; code < 65; ++code)
-        bytes += absentRecord;
-    return bytes + "\x08\0\x01\0A"s + "\0\0"s + columns;
-}
-
-std::string byteColumns(const std::vector<std::uint8_t>& columns) {
-    std::string bytes;
-    for (const std::uint8_t column : columns)
-        bytes += std::string("\x11\0", 2) + static_cast<char>(column);
-    return bytes;
-}
-
-const std::string kColumnsOfA = byteColumns({0x3E, 0x48, 0x48, 0x3E, 0x00, 0x00});
-
-// The default generator.
 
 struct GlyphCase {
     const char* name;
+    bool small;  // of the small font, else of the default generator
     std::uint8_t code;
-    Picture picture;
+    const char* picture;
 };
 
-class DefaultGenerator : public testing::TestWithParam<GlyphCase> {};
+class MadeGlyph : public GeneratorTool, public testing::WithParamInterface<GlyphCase> {};
 
-TEST_P(DefaultGenerator, showsTheFontsPicture) {
-    EXPECT_EQ(pictureOf(GlyphFile::read(OPANE_DEFAULT_GENERATOR), GetParam().code), GetParam().picture);
+TEST_P(MadeGlyph, IsTheFontsPicture) {
+    ASSERT_EQ(run("make --font small.bdf --output small.gen").status, 0);
+    const auto generator = GlyphFile::read(GetParam().small ? folder / "small.gen" : OPANE_DEFAULT_GENERATOR);
+    const std::string picture = pictureOf([&](unsigned column, unsigned row) {
+        return (generator.column(GetParam().code, static_cast<int>(column), false) >> (7 - row) & 1) != 0;
+    });
+    EXPECT_EQ(picture, GetParam().picture);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Glyphs, DefaultGenerator,
-    testing::Values(
-        GlyphCase{"A", 65, kPictureOfA},
-        GlyphCase{"g", 103, {"......", "......", "......", ".##...", "#..#..", ".###..", "...#..", ".##..."}},
-        GlyphCase{"degree", 0xB0, {"......", "..#...", ".#.#..", "..#...", "......", "......", "......", "......"}},
-        GlyphCase{"E_acute", 0xC9, {"..#...", ".#....", "####..", "#.....", "###...", "#.....", "####..", "......"}},
-        GlyphCase{"c_cedilla", 0xE7, {"......", "......", "......", "..##..", ".#....", ".#....", "..##..", "..#..."}},
-        GlyphCase{"euro", 0x80, {"..##..", ".#....", "###...", ".#....", "###...", ".#....", "..##..", "......"}},
-        GlyphCase{"space", 0x20, Picture(8, "......")}, GlyphCase{"no_break_space", 0xA0, Picture(8, "......")}),
+    Fonts, MadeGlyph,
+    testing::Values(GlyphCase{"accent", false, 0xC9, "..#.../.#..../####../#...../###.../#...../####../......"},
+                    GlyphCase{"euro", false, 0x80, "..##../.#..../###.../.#..../###.../.#..../..##../......"},
+                    GlyphCase{"on_baseline", true, 'A', "..#.../.#.#../.###../.#.#../.#.#../....../....../......"},
+                    GlyphCase{"below_baseline", true, 'g', "....../....../.##.../#.#.../.##.../..#.../##..../......"},
+                    GlyphCase{"too_wide", true, 'W', "######/....../....../....../.#..#./....../....../......"},
+                    GlyphCase{"hyphen", true, 0x2D, kHyphen}, GlyphCase{"soft_hyphen_added", true, 0xAD, kHyphen},
+                    GlyphCase{"space_added", true, 0x20, kBlank},
+                    GlyphCase{"no_break_space_added", true, 0xA0, kBlank}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(DefaultGeneratorFile, hasTheCodesOfTheFont) {
+TEST(DefaultGenerator, HasTheCodesOfTheFontAndBytesForColumns) {
     const auto generator = GlyphFile::read(OPANE_DEFAULT_GENERATOR);
     for (int code = 1; code < 256; ++code) {
-        const bool control = code < 32 || code == 127;
-        const bool undefined = code == 0x81 || code == 0x8D || code == 0x8F || code == 0x90 || code == 0x9D;
-        EXPECT_EQ(generator.has(static_cast<std::uint8_t>(code)), !control && !undefined) << "code " << code;
+        const bool absent = code < 32 || std::set{0x7F, 0x81, 0x8D, 0x8F, 0x90, 0x9D}.contains(code);
+        EXPECT_EQ(generator.has(static_cast<std::uint8_t>(code)), !absent) << "code " << code;
     }
-}
-
-TEST(DefaultGeneratorFile, holdsTheRecordOfA) {
     // Codes 0 and 32 to 64 are there (26 bytes each), 1 to 31 are absent (23 bytes each).
-    const ByteArray bytes = bytesOf(OPANE_DEFAULT_GENERATOR);
-    constexpr std::ptrdiff_t kStart = 34 * 26 + 31 * 23;
-    ASSERT_GE(bytes.size(), static_cast<std::size_t>(kStart) + 26);
-    EXPECT_EQ(ByteArray(bytes.begin() + kStart, bytes.begin() + kStart + 26),
-              (ByteArray{0x08, 0,    0x01, 0,    0x41,                 // a string of one character
-                         0x11, 0,    0,                                // not used
-                         0x11, 0,    0x3E, 0x11, 0,    0x48, 0x11, 0,  // the columns
-                         0x48, 0x11, 0,    0x3E, 0x11, 0,    0,    0x11, 0, 0}));
+    EXPECT_EQ(contentOf(OPANE_DEFAULT_GENERATOR).substr(34 * 26 + 31 * 23, 26), "\x08\0\x01\0A\x11\0\0"s + kColumnsOfA);
 }
 
-// Making.
-
-TEST_F(GeneratorTool, setsAllGlyphsOnOneBaseline) {
-    write("small.bdf", kSmallFont);
-    const Outcome outcome = run("make --font small.bdf --output small.gen");
-    ASSERT_EQ(outcome.status, 0) << outcome.errors;
-
-    const auto generator = GlyphFile::read((folder_ / "small.gen").string());
-    EXPECT_EQ(pictureOf(generator, 'A'),
-              (Picture{"..#...", ".#.#..", ".###..", ".#.#..", ".#.#..", "......", "......", "......"}));
-    EXPECT_EQ(pictureOf(generator, 'g'),
-              (Picture{"......", "......", ".##...", "#.#...", ".##...", "..#...", "##....", "......"}));
-}
-
-TEST_F(GeneratorTool, cutsWhatSticksOutAndSaysSo) {
-    write("small.bdf", kSmallFont);
-    const Outcome outcome = run("make --font small.bdf --output small.gen");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_TRUE(contains(outcome.errors, "1 of 7 glyphs, codes 87 (W)")) << outcome.errors;
-    EXPECT_EQ(pictureOf(GlyphFile::read((folder_ / "small.gen").string()), 'W'),
-              (Picture{"######", "......", "......", "......", ".#..#.", "......", "......", "......"}));
-}
-
-TEST_F(GeneratorTool, addsSpacesAndSoftHyphenThatTheFontLacks) {
-    write("small.bdf", kSmallFont);
-    ASSERT_EQ(run("make --font small.bdf --output small.gen").status, 0);
-
-    const auto generator = GlyphFile::read((folder_ / "small.gen").string());
-    EXPECT_EQ(generator.count(), 7);
-    EXPECT_EQ(pictureOf(generator, 0x20), Picture(8, "......"));
-    EXPECT_EQ(pictureOf(generator, 0xA0), Picture(8, "......"));
-    const Picture hyphen{"......", "......", "###...", "......", "......", "......", "......", "......"};
-    EXPECT_EQ(pictureOf(generator, 0x2D), hyphen);
-    EXPECT_EQ(pictureOf(generator, 0xAD), hyphen);
-    EXPECT_FALSE(generator.has('B'));
-}
-
-TEST_F(GeneratorTool, replacesAnEarlierFile) {
-    write("small.bdf", kSmallFont);
-    write("small.gen", "earlier");
-    ASSERT_EQ(run("make --font small.bdf --size 8 --output small.gen").status, 0);
-    EXPECT_EQ(GlyphFile::read((folder_ / "small.gen").string()).count(), 7);
-    EXPECT_EQ(files(), (std::vector<std::string>{"small.bdf", "small.gen"}));
-}
-
-TEST_F(GeneratorTool, writesThroughALink) {
-    write("small.bdf", kSmallFont);
-    write("real.gen", "earlier");
-    fs::create_symlink("real.gen", folder_ / "link.gen");
-    ASSERT_EQ(run("make --font small.bdf --output link.gen").status, 0);
-    EXPECT_TRUE(fs::is_symlink(folder_ / "link.gen"));
-    EXPECT_EQ(GlyphFile::read((folder_ / "real.gen").string()).count(), 7);
-}
-
-TEST_F(GeneratorTool, leavesTheEarlierFileWhenTheDiskRefuses) {
-    write("small.bdf", kSmallFont);
-    write("small.gen", "earlier");
+TEST_F(GeneratorTool, ReplacesAFileWholeOrNotAtAll) {
+    folder.write("real.gen", "earlier");
+    fs::create_symlink("real.gen", folder / "link.gen");
+    const auto before = files();
     // A file may grow to one block only, as on a full disk.
-    const Outcome outcome = run("make --font small.bdf --output small.gen", "trap '' XFSZ && ulimit -f 1 &&");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_TRUE(contains(outcome.errors, "\"small.gen\" cannot be written: File too large")) << outcome.errors;
-    EXPECT_EQ(contentOf(folder_ / "small.gen"), "earlier");
-    EXPECT_EQ(files(), (std::vector<std::string>{"small.bdf", "small.gen"}));
+    const ProgramEnd full = run("make --font small.bdf --output link.gen", "trap '' XFSZ && ulimit -f 1 && ");
+    EXPECT_EQ(full.status, 2);
+    expectPart(full.errors, "\"link.gen\" cannot be written: File too large");
+    EXPECT_EQ(contentOf(folder / "real.gen"), "earlier");
+    const ProgramEnd end = run("make --font small.bdf --size 8 --output link.gen");
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.output, "link.gen: 7 of 256 codes, taken at size 8\n");
+    expectPart(end.errors, "1 of 7 glyphs, codes 87 (W)\n");
+    EXPECT_TRUE(fs::is_symlink(folder / "link.gen"));
+    EXPECT_EQ(GlyphFile::read(folder / "real.gen").count(), 7);
+    EXPECT_EQ(files(), before);
 }
 
-// Showing.
-
-TEST_F(GeneratorTool, showsATextInHalfBlocks) {
-    write("a.gen", generatorOfA(kColumnsOfA));
-    const Outcome outcome = run("show a.gen --text AA");
-    EXPECT_EQ(outcome.status, 0) << outcome.errors;
-    EXPECT_TRUE(contains(outcome.output,
-                         " ▄▄    ▄▄   \n"
-                         "█  █  █  █  \n"
-                         "█▀▀█  █▀▀█  \n"
-                         "▀  ▀  ▀  ▀  \n"))
-        << outcome.output;
+TEST_F(GeneratorTool, NamesColumnsThatAreNoColumnBytes) {
+    // Byte, null, text, 16-bit 256, empty, byte.
+    folder.write("bad.gen", generatorOfA("\x11\0\xFF\x01\0\x08\0\x01\0x\x02\0\0\x01\0\0\x11\0\xFF"s));
+    const ProgramEnd end = run("show bad.gen --text A");
+    EXPECT_EQ(end.status, 2);
+    expectPart(end.output, "█░░░ █\n█░░░ █\n█░░░ █\n█░░░ █\n");
+    for (const char* fault : {"code 65, column 1: ", "code 65, column 2: ", "code 65, column 3: "})
+        expectPart(end.errors, fault);
+    EXPECT_EQ(end.errors.find("column 4"), std::string::npos) << end.errors;
 }
 
-TEST_F(GeneratorTool, showsTheSheetWithAbsentCodesDotted) {
-    write("a.gen", generatorOfA(kColumnsOfA));
-    const Outcome outcome = run("show a.gen");
-    EXPECT_EQ(outcome.status, 0) << outcome.errors;
-    EXPECT_TRUE(contains(outcome.output, "\n4  · · · █  █    · · · ")) << outcome.output;
-    EXPECT_TRUE(contains(outcome.output, "1 of 256 codes; missing of 32 to 255: 32, 33 (!), ")) << outcome.output;
-    EXPECT_TRUE(contains(outcome.output, ", 64 (@), 66 (B), ")) << outcome.output;
-    EXPECT_TRUE(contains(outcome.output, ", 126 (~), 127, 128 (€), 129, ")) << outcome.output;
-}
-
-struct GreyPicture {
-    std::size_t width;
-    std::size_t height;
-    ByteArray pixels;
-
-    /// The 6 x 8 module pixels from there on, four picture pixels each.
-    Picture cell(std::size_t left, std::size_t top) const {
-        Picture picture(8, std::string(6, '.'));
-        for (std::size_t row = 0; row < 8; ++row)
-            for (std::size_t column = 0; column < 6; ++column)
-                if (pixels.at((4 * (top + row) + 1) * width + 4 * (left + column) + 1) < 128)
-                    picture[row][column] = '#';
-        return picture;
-    }
+struct PngCase {
+    const char* name;
+    const char* options;
+    unsigned width, height;  // in module pixels, four picture pixels each
+    unsigned left, top;      // of a cell, and what it shows
+    const char* cell;
 };
 
-GreyPicture readPng(const fs::path& path) {
+class PngPicture : public GeneratorTool, public testing::WithParamInterface<PngCase> {};
+
+TEST_P(PngPicture, ShowsACellInItsPlace) {
+    const PngCase& expected = GetParam();
+    ASSERT_EQ(run("show a.gen --png a.png "s + expected.options).status, 0);
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_file(&image, path.c_str()) == 0)
-        throw std::runtime_error(image.message);
+    ASSERT_NE(png_image_begin_read_from_file(&image, (folder / "a.png").c_str()), 0) << image.message;
     image.format = PNG_FORMAT_GRAY;
-    GreyPicture picture{image.width, image.height, ByteArray(PNG_IMAGE_SIZE(image))};
-    if (png_image_finish_read(&image, nullptr, picture.pixels.data(), 0, nullptr) == 0)
-        throw std::runtime_error(image.message);
-    return picture;
+    ByteArray pixels(PNG_IMAGE_SIZE(image));
+    ASSERT_NE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr), 0) << image.message;
+    ASSERT_EQ(std::pair(image.width, image.height), std::pair(4 * expected.width, 4 * expected.height));
+    const std::string cell = pictureOf([&](unsigned column, unsigned row) {
+        return pixels[(4 * (expected.top + row) + 1) * image.width + 4 * (expected.left + column) + 1] < 128;
+    });
+    EXPECT_EQ(cell, expected.cell);
 }
 
-TEST_F(GeneratorTool, drawsATextAsAPng) {
-    write("a.gen", generatorOfA(kColumnsOfA));
-    ASSERT_EQ(run("show a.gen --text AA --png a.png").status, 0);
-    const GreyPicture picture = readPng(folder_ / "a.png");
-    EXPECT_EQ(picture.width, 4U * (2 + 6 + 6 + 2));  // a border of two pixels
-    EXPECT_EQ(picture.height, 4U * (2 + 8 + 2));
-    EXPECT_EQ(picture.cell(2, 2), kPictureOfA);
-    EXPECT_EQ(picture.cell(8, 2), kPictureOfA);
-}
+// A text has a border of two pixels; a sheet has digits at the left and the top and two pixels between its cells.
+constexpr char kDigit1[] = ".#..../##..../.#..../.#..../###.../....../....../......";
+INSTANTIATE_TEST_SUITE_P(Pictures, PngPicture,
+                         testing::Values(PngCase{"text", "--text AA", 16, 12, 8, 2, kA},
+                                         PngCase{"sheet", "", 7 + 16 * 8, 7 + 16 * 10, 7 + 1 * 8, 7 + 4 * 10, kA},
+                                         PngCase{"sheets_edge", "", 7 + 16 * 8, 7 + 16 * 10, 7 + 8 + 1, 1, kDigit1}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(GeneratorTool, drawsTheSheetAsAPng) {
-    write("a.gen", generatorOfA(kColumnsOfA));
-    ASSERT_EQ(run("show a.gen --png a.png").status, 0);
-    const GreyPicture picture = readPng(folder_ / "a.png");
-    EXPECT_EQ(picture.width, 4U * (7 + 16 * 8));  // digits at the left and the top, two pixels between cells
-    EXPECT_EQ(picture.height, 4U * (7 + 16 * 10));
-    EXPECT_EQ(picture.cell(7 + 1 * 8, 7 + 4 * 10), kPictureOfA);  // code 0x41
-    EXPECT_EQ(picture.cell(1 + 7, 1),
-              (Picture{"###...", "#.#...", "#.#...", "#.#...", "###...", "......", "......", "......"}));
-}
-
-TEST_F(GeneratorTool, namesColumnsThatAreNoColumnBytes) {
-    using namespace std::string_literals;
-    // Byte, null, text, 16-bit 256, empty, byte.
-    write("a.gen",
-          generatorOfA("\x11\0\xFF"s + "\x01\0"s + "\x08\0\x01\0x"s + "\x02\0\0\x01"s + "\0\0"s + "\x11\0\xFF"s));
-    const Outcome outcome = run("show a.gen --text A");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_TRUE(contains(outcome.output, "█░░░ █\n█░░░ █\n█░░░ █\n█░░░ █\n")) << outcome.output;
-    for (const char* fault : {"code 65, column 1: ", "code 65, column 2: ", "code 65, column 3: "})
-        EXPECT_TRUE(contains(outcome.errors, fault)) << fault << " in " << outcome.errors;
-    EXPECT_FALSE(contains(outcome.errors, "column 4")) << outcome.errors;
-}
-
-TEST_F(GeneratorTool, noticesThatItsOutputIsLost) {
-    write("a.gen", generatorOfA(kColumnsOfA));
-    const Outcome outcome = run("show a.gen >/dev/full 2>.run/full #");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_TRUE(contains(contentOf(folder_ / ".run/full"), "standard output cannot be written"));
-}
-
-// Usage and wrong inputs.
-
-struct RefusalCase {
+struct RunCase {
     const char* name;
     const char* arguments;
-    const char* message;
+    int status;
+    const char* says;  // a part of its output or, when the status is 2, of its errors; the other one is empty
 };
 
-class Refusal : public GeneratorTool, public testing::WithParamInterface<RefusalCase> {};
+/// Runs that write no file.
+class Run : public GeneratorTool, public testing::WithParamInterface<RunCase> {};
 
-TEST_P(Refusal, saysWhyAndLeavesNothingBehind) {
-    write("small.bdf", kSmallFont);
-    write("other.bdf", fontOfOtherCharacters());
-    write("text.txt", "This is no font and no generator.\n");
-    write("empty", "");
-    write("zeros", std::string(4096, '\0'));
-    write("a.gen", generatorOfA(kColumnsOfA));
-    fs::create_directory(folder_ / "folder");
-    ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+TEST_P(Run, SaysWhatItShowsOrWhyNot) {
+    folder.write("other.bdf", smallFont(19000));  // characters that Windows-1252 has not
+    folder.write("text.txt", "This is no font and no generator.\n");
+    folder.write("zeros", std::string(4096, '\0'));
+    fs::create_directory(folder / "folder");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const auto before = files();
-
-    const Outcome outcome = run(GetParam().arguments);
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_TRUE(contains(outcome.errors, GetParam().message)) << outcome.errors;
-    EXPECT_EQ(outcome.output, "");
+    const ProgramEnd end = run(GetParam().arguments);
+    EXPECT_EQ(end.status, GetParam().status);
+    expectPart(end.status == 0 ? end.output : end.errors, GetParam().says);
+    EXPECT_EQ(end.status == 0 ? end.errors : end.output, "");
     EXPECT_EQ(files(), before);
-    EXPECT_TRUE(fs::is_fifo(folder_ / "pipe"));
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Usage, Refusal,
-    testing::Values(RefusalCase{"no_subcommand", "", "subcommand is required"},
-                    RefusalCase{"unknown_subcommand", "draw", "subcommand is required"},
-                    RefusalCase{"no_font", "make --output x.gen", "--font is required"},
-                    RefusalCase{"no_output", "make --font small.bdf", "--output is required"},
-                    RefusalCase{"size_zero", "make --font small.bdf --size 0 --output x.gen", "--size"},
-                    RefusalCase{"size_no_number", "make --font small.bdf --size big --output x.gen", "--size"},
-                    RefusalCase{"show_nothing", "show", "FILE is required"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-INSTANTIATE_TEST_SUITE_P(
-    Make, Refusal,
+    Runs, Run,
     testing::Values(
-        RefusalCase{"font_missing", "make --font none.ttf --output x.gen", "\"none.ttf\" does not exist"},
-        RefusalCase{"font_a_folder", "make --font folder --output x.gen", "\"folder\" is a folder"},
-        RefusalCase{"font_a_text", "make --font text.txt --output x.gen", "\"text.txt\" is no font"},
-        RefusalCase{"font_empty", "make --font empty --output x.gen", "\"empty\" is no font"},
-        RefusalCase{"font_of_other_characters", "make --font other.bdf --output x.gen",
-                    "\"other.bdf\" has none of the characters of Windows-1252"},
-        RefusalCase{"size_not_there", "make --font small.bdf --size 9 --output x.gen", "without the size 9; it has 8"},
-        RefusalCase{"output_without_folder", "make --font small.bdf --output none/x.gen", "folder does not exist"},
-        RefusalCase{"output_a_folder", "make --font small.bdf --output folder", "it is a folder"},
-        RefusalCase{"output_a_pipe", "make --font small.bdf --output pipe", "it is a device or a pipe"}),
+        RunCase{"help", "--help", 0, "Examples:\n  opane-generator make "},
+        RunCase{"text", "show a.gen --text AA", 0, " ▄▄    ▄▄   \n█  █  █  █  \n█▀▀█  █▀▀█  \n▀  ▀  ▀  ▀  \n"},
+        RunCase{"sheet", "show a.gen", 0, "\n4  · · · █  █    · · · "},
+        RunCase{"missing_codes", "show a.gen", 0, "1 of 256 codes; missing of 32 to 255: 32, 33 (!), "},
+        RunCase{"missing_controls", "show a.gen", 0, ", 126 (~), 127, 128 (€), 129, "},
+        RunCase{"output_lost", "show a.gen >/dev/full", 2, "standard output cannot be written"},
+        RunCase{"no_subcommand", "", 2, "subcommand is required"},
+        RunCase{"size_not_there", "make --font small.bdf --size 9 --output x.gen", 2, "the size 9; it has 8"},
+        RunCase{"font_a_text", "make --font text.txt --output x.gen", 2, "\"text.txt\" is no font"},
+        RunCase{"font_of_others", "make --font other.bdf --output x.gen", 2, "has none of the characters of Windows"},
+        RunCase{"output_nowhere", "make --font small.bdf --output none/x.gen", 2, "folder does not exist"},
+        RunCase{"output_a_folder", "make --font small.bdf --output folder", 2, "it is a folder"},
+        RunCase{"output_a_pipe", "make --font small.bdf --output pipe", 2, "it is a device or a pipe"},
+        RunCase{"show_a_text", "show text.txt", 2, "\"text.txt\" is no character generator: type tag"},
+        RunCase{"show_zeros", "show zeros", 2, "\"zeros\" is no character generator: it holds no"},
+        RunCase{"text_empty", "show a.gen --text ''", 2, "the text is empty"},
+        RunCase{"text_not_there", "show a.gen --text ABA", 2, "\"B\" (code 66) is not in"},
+        RunCase{"text_not_in_code_page", "show a.gen --text AΩ", 2, "\"Ω\" is not one of Windows-1252"},
+        RunCase{"text_not_utf8", "show a.gen --text \"$(printf 'A\\351')\"", 2, "not valid UTF-8"}),
     [](const auto& row) { return std::string(row.param.name); });
-
-INSTANTIATE_TEST_SUITE_P(
-    Show, Refusal,
-    testing::Values(RefusalCase{"file_missing", "show none.gen", "\"none.gen\" does not exist"},
-                    RefusalCase{"file_a_text", "show text.txt", "\"text.txt\" is no character generator: type tag"},
-                    RefusalCase{"file_empty", "show empty", "\"empty\" is no character generator: it holds no"},
-                    RefusalCase{"file_of_zeros", "show zeros", "\"zeros\" is no character generator: it holds no"},
-                    RefusalCase{"text_empty", "show a.gen --text ''", "the text is empty"},
-                    RefusalCase{"text_not_in_generator", "show a.gen --text ABA", "\"B\" (code 66) is not in"},
-                    RefusalCase{"text_not_in_code_page", "show a.gen --text AΩ", "\"Ω\" is not one of Windows-1252"},
-                    RefusalCase{"text_not_utf8", "show a.gen --text \"$(printf 'A\\351')\"", "not valid UTF-8"},
-                    RefusalCase{"png_without_folder", "show a.gen --png none/a.png", "folder does not exist"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST_F(GeneratorTool, explainsItself) {
-    for (const char* arguments : {"--help", "make --help", "show --help"}) {
-        const Outcome outcome = run(arguments);
-        EXPECT_EQ(outcome.status, 0) << arguments;
-        EXPECT_TRUE(contains(outcome.output, "Examples:\n  opane-generator ")) << outcome.output;
-    }
-}
 
 }  // namespace
-}  // namespace opane
+}  // namespace opane::test

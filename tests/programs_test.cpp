@@ -57,6 +57,29 @@ TEST_F(Programs, EveryCommandIsAnsweredAndTraced) {
     }
 }
 
+TEST_F(Programs, LostOutputIsAnErrorAndALostTraceIsNot) {
+    RunningProgram module(simulator());
+    module.line();
+    const std::string command = commandLine({OPANE_PROGRAM, "--trace", "--json", "--device", device, "clear"});
+    EXPECT_EQ(runProgram({"sh", "-c", command + " 2>&-"}).status, 0);
+    EXPECT_EQ(runProgram({"sh", "-c", command + " >&-"}).status, 3) << "its output is lost";
+    EXPECT_EQ(runProgram({"sh", "-c", command + " >/dev/full"}).status, 3);
+}
+
+TEST_F(Programs, RepeatEndsAtTheFirstFailure) {
+    RunningProgram module(simulator({"--fault", "aux@2xall"}));
+    module.line();
+    const ProgramEnd end = opane({"--device", device, "--repeat", "1000000000", "clear"});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_NE(end.errors.find("ended at run 3 of 1000000000"), std::string::npos) << end.errors;
+}
+
+TEST_F(Programs, AFailureIsAnObjectToo) {
+    const ProgramEnd end = opane({"--json", "--device", device, "clear"});
+    EXPECT_EQ(end.status, 3);
+    EXPECT_EQ(end.output.find("{\"error\":\"error 8018: COM port 1 is not open: device " + device), 0U) << end.output;
+}
+
 TEST_F(Programs, RepeatRunsACommandOnOneLink) {
     RunningProgram module(simulator());
     module.line();
@@ -105,11 +128,12 @@ TEST_F(Programs, ARefusingAndAMissingModuleGiveStatus1) {
 TEST_F(Programs, APortIsForOneHostOnly) {
     RunningProgram module(simulator());
     module.line();
-    // A host that repeats its command until it is ended holds the port.
-    RunningProgram host({OPANE_PROGRAM, "--trace", "--repeat", "1000000", "--device", device, "clear"});
-    ProgramEnd second{0, "", ""};
-    for (int i = 0; i < 1000 && second.status == 0; ++i)  // until the first one has opened it
-        second = opane({"--device", device, "clear"});
+    // A host that repeats its command until it is ended holds the port; its first line says that it has it.
+    const std::string command =
+        commandLine({OPANE_PROGRAM, "--trace", "--repeat", "1000000", "--device", device, "clear"});
+    RunningProgram host({"sh", "-c", "exec " + command + " 2>&1"});
+    EXPECT_NE(host.line().find("Level2"), std::string::npos);
+    const ProgramEnd second = opane({"--device", device, "clear"});
     EXPECT_EQ(second.status, 3);
     EXPECT_NE(second.errors.find("error 8018"), std::string::npos);
     EXPECT_NE(second.errors.find("in use"), std::string::npos);
@@ -179,7 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"unknown_command", {"show"}, 2, "show"}, BadInput{"no_command", {}, 2, "no command"},
         BadInput{"missing_device", {"--device", "/nowhere/tty", "clear"}, 3, "/nowhere/tty does not exist"},
         BadInput{"no_serial_device", {"--device", "/dev/null", "clear"}, 3, "is no serial device"},
-        BadInput{"unnamed_port", {"--device", "", "--port", "2", "clear"}, 3, "/dev/null/none"}),
+        BadInput{"empty_device", {"--device", "", "clear"}, 2, "--device: is empty"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Demo, DrawsTheModulesScreen) {

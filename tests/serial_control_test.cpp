@@ -138,6 +138,15 @@ TEST_F(OnATerminal, AForkedChildDoesNotHoldTheLock) {
     waitpid(child, nullptr, 0);
 }
 
+TEST_F(OnATerminal, NeverTakesTheNumberOfAClosedStandardStream) {
+    const int kept = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    control->PortOpen(true);
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    dup2(kept, STDIN_FILENO);
+    close(kept);
+}
+
 TEST_F(OnATerminal, TellsWhyItDidNotOpen) {
     const TemporaryFolder folder;
     EXPECT_NE(reason().find("COM port 4 is not open"), std::string::npos);

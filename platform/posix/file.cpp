@@ -48,7 +48,7 @@ bool folderExists(const std::string& path) {
 FileDescriptor openRegular(const std::string& path, int flags) {
     if (path.find('\0') != std::string::npos)
         throw RuntimeError(ErrorNumber::pathFileAccess, "file name \"" + path + "\" holds a zero character");
-    FileDescriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666));
+    FileDescriptor file = openFile(path.c_str(), flags | O_NONBLOCK | O_NOCTTY, 0666);
     if (!file)
         raiseOpenError(path, errno);
     struct stat status {};

@@ -197,7 +197,7 @@ private:
             refuse(ErrorNumber::invalidPort, "it is no port of this system (no device belongs to it)");
 
         // O_NONBLOCK: neither a missing carrier nor a pipe by that name holds the call.
-        FileDescriptor device(::open(path_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+        FileDescriptor device = openFile(path_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
         if (!device)
             refuseOpen(errno);
         if (isatty(device.get()) == 0) {

@@ -9,13 +9,13 @@
 
 #include "automation/glyph_file.h"
 #include "platform/code_page.h"
+#include "platform/whole_file.h"
 #include "shared/runtime_error.h"
 #include "shared/utf8.h"
 #include "tools/opane-generator/font_glyphs.h"
 #include "tools/opane-generator/generator_bytes.h"
 #include "tools/opane-generator/glyph_cells.h"
 #include "tools/opane-generator/sheet.h"
-#include "tools/opane-generator/whole_file.h"
 
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -29,22 +31,36 @@ struct Arguments {
     std::int32_t baudRate = 9600;
     std::int16_t node = 3;
     std::string bus = "RS232";
-    std::int16_t logLevel = 0;
-    std::string logFolder;  ///< empty: the library's own
+    std::optional<std::int16_t> logLevel;  ///< nothing: what the environment says
+    std::string logFolder;                 ///< empty: the library's own
     std::string tester;
     bool trace = false;
     bool json = false;
     int repeat = 1;
 };
 
+/// Refuses an empty value, such as an unset variable of a script gives. For CLI::Option::check.
+std::string notEmpty(const std::string& value);
+
 /// Adds those options to the program.
 void addCommonOptions(CLI::App& app, Arguments& arguments);
 
-/// A byte in decimal or, with 0x, in hexadecimal.
-/// @param name  of the input, for the message
+/// The baud rates of the modules.
+inline const std::set<std::int32_t> kBaudRates{1200, 2400, 4800, 9600, 19200, 38400, 57600};
+
+/// A number in decimal or, with 0x, in hexadecimal.
+/// @param name      of the input, for the message
+/// @param expected  what is allowed from first to last, for the message
+int parseNumber(const std::string& text, const std::string& name, int first, int last, const std::string& expected);
+
+/// The same for a byte.
 std::uint8_t parseByte(const std::string& text, const std::string& name);
 
-/// Bytes in hexadecimal, two digits each, with blanks between them as one likes. A single byte is repeated.
+/// Bytes in hexadecimal, two digits each, with blanks between them as one likes; at least one.
+/// @param name  of the input, for the message; a plural
+ByteArray parseHexBytes(const std::string& text, const std::string& name);
+
+/// Row bytes in hexadecimal. A single one is repeated.
 /// @param count  how many are needed
 ByteArray parseRowBytes(const std::string& text, std::size_t count);
 

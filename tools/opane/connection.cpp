@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
+#include "print.h"
+
 namespace opane::tool {
 namespace {
 
@@ -26,9 +28,17 @@ private:
     FileLineWriter file_;
 };
 
+MessageBoxAnswer printMessageBox(const std::string& text, const std::string& title, MessageBoxButtons /*buttons*/) {
+    std::string lines = text;
+    std::erase(lines, '\r');
+    std::cerr << "opane: " << title << '\n' << lines << '\n';
+    return MessageBoxAnswer::ok;
+}
+
 }  // namespace
 
 Connection::Connection(const Arguments& arguments) : arguments_(arguments) {
+    services_->messageBox = printMessageBox;
     if (!arguments_.device.empty()) {
         services_->portMap = [port = arguments_.port, device = arguments_.device](std::int16_t comPort) {
             return comPort == port ? device : std::string();
@@ -50,7 +60,7 @@ void Connection::openLog() {
         log.LogFolder(arguments_.logFolder);
     if (!arguments_.tester.empty())
         log.TesteurName(arguments_.tester);
-    const std::int16_t fileLevel = std::max(arguments_.logLevel, log.LogLevel());
+    const std::int16_t fileLevel = arguments_.logLevel.value_or(log.LogLevel());
     log.LogLevel(arguments_.trace ? kEveryLine : fileLevel);
     if (arguments_.trace)
         log.writer(std::make_unique<TraceWriter>(fileLevel));
@@ -60,9 +70,10 @@ bool Connection::synchronize() {
     if (handshake())
         return true;
     const std::string device = arguments_.device.empty() ? devicePath(arguments_.port) : arguments_.device;
-    std::cerr << "opane: no module of node " << arguments_.node << " answered on " << device << " at "
-              << arguments_.baudRate << " baud (" << arguments_.bus
-              << "); check its power, its cable, its node number and its baud rate\n";
+    reportFailure(arguments_, kModuleFailed,
+                  "no module of node " + std::to_string(arguments_.node) + " answered on " + device + " at " +
+                      std::to_string(arguments_.baudRate) + " baud (" + arguments_.bus +
+                      "); check its power, its cable, its node number and its baud rate");
     return false;
 }
 

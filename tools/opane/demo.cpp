@@ -2,7 +2,8 @@
 #include <memory>
 
 #include "connection.h"
-#include "default_generator.h"
+#include "generator.h"
+#include "print.h"
 #include "simulator/screen_picture.h"
 #include "simulator/served_module.h"
 #include "subcommands.h"
@@ -28,8 +29,7 @@ constexpr DemoText kTexts[]{
     {"Größe 120 × 64", 7, 3, 0, 0},
 };
 
-bool showTexts(clsOPaneCommDLL& object) {
-    const std::string generator = defaultGenerator();
+bool showTexts(clsOPaneCommDLL& object, const std::string& generator) {
     bool allShown = true;
     for (const DemoText& row : kTexts) {
         std::int16_t status = 1;
@@ -45,6 +45,8 @@ Run setUpDemo(CLI::App& command) {
     const auto output = std::make_shared<std::string>("screen.png");
     command.add_option("--output", *output, "picture of the module's screen (PNG)")->capture_default_str();
     return [output](const Arguments& asked) {
+        const std::string generator = defaultGenerator();
+        readGenerator(generator);  // says what is wrong with it
         simulator::ServedModule module;
         module.withModule([](simulator::SimulatedModule& served) {
             served.state().red[0] = 60;
@@ -58,19 +60,22 @@ Run setUpDemo(CLI::App& command) {
         arguments.bus = "RS232";
 
         Connection connection(arguments);
-        if (!connection.synchronize() || !showTexts(connection.object()))
+        if (!connection.synchronize())
             return kModuleFailed;
+        if (!showTexts(connection.object(), generator))
+            return reportCommand(asked, "demo", false);
 
         const auto state = module.withModule([](simulator::SimulatedModule& served) { return served.state(); });
         const ScreenImage screen = simulator::shownScreen(state);
-        std::cout << simulator::halfBlocks(screen);
         try {
             simulator::writePng(*output, screen, simulator::backlightLevels(state));
         } catch (const std::runtime_error& error) {
             throw InputError(error.what());
         }
-        std::cout << "A simulated module on " << arguments.device << " shows this; the picture is in " << *output
-                  << '\n';
+        if (asked.json)
+            return reportCommand(asked, "demo", true);
+        std::cout << simulator::halfBlocks(screen) << "A simulated module on " << arguments.device
+                  << " shows this; the picture is in " << *output << '\n';
         return kSuccess;
     };
 }

@@ -1,25 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "connection.h"
 #include "print.h"
+#include "run_on_link.h"
 #include "subcommands.h"
 
 namespace opane::tool {
 namespace {
-
-/// One operation of the link.
-using Operation = std::function<bool(clsOPane&)>;
-
-ExitStatus runOnLink(const Arguments& arguments, const char* name, const Operation& operation) {
-    Connection connection(arguments);
-    if (!connection.synchronize())
-        return kModuleFailed;
-    bool succeeded = true;
-    for (int i = 0; i < arguments.repeat; ++i)
-        succeeded = operation(connection.link()) && succeeded;
-    return reportCommand(arguments, name, succeeded);
-}
 
 struct PixelOptions {
     std::string rowBytes;

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "arguments.h"
+#include "print.h"
 #include "shared/runtime_error.h"
 #include "subcommands.h"
 
@@ -11,9 +12,26 @@ namespace {
 using namespace opane;
 using namespace opane::tool;
 
-ExitStatus report(ExitStatus status, const std::string& text) {
-    std::cerr << "opane: " << text << '\n';
-    return status;
+/// Runs what the arguments ask for; every failure that is raised becomes a text and a status.
+ExitStatus runReported(const Run& run, const Arguments& arguments) {
+    const auto failed = [&arguments](ExitStatus status, const std::string& text) {
+        reportFailure(arguments, status, text);
+        return status;
+    };
+    try {
+        const ExitStatus status = run(arguments);
+        if (!std::cout.flush())
+            throw std::runtime_error("standard output cannot be written: what was printed is lost");
+        return status;
+    } catch (const InputError& error) {
+        return failed(kWrongInput, error.what());
+    } catch (const RuntimeError& error) {
+        return failed(kErrorRaised, "error " + std::to_string(static_cast<int>(error.number())) + ": " + error.what());
+    } catch (const std::bad_alloc&) {
+        return failed(kErrorRaised, "error 7: out of memory");
+    } catch (const std::exception& error) {
+        return failed(kErrorRaised, error.what());
+    }
 }
 
 }  // namespace
@@ -28,22 +46,18 @@ int main(int argc, char** argv) {
     app.option_defaults()->take_last();  // given again, an option takes its last value
     addCommonOptions(app, arguments);
     addSubcommands(app, run);
+    const auto refused = [&arguments](const std::string& text) {
+        reportFailure(arguments, kWrongInput, text);
+        return kWrongInput;
+    };
     try {
         app.parse(argc, argv);
-        if (!run)
-            throw InputError("no command is given; opane --help lists them");
-        return run(arguments);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return app.exit(error);
-        return report(kWrongInput, std::string(error.what()) + "\nopane --help and opane COMMAND --help tell more.");
+        return refused(std::string(error.what()) + "\nopane --help and opane COMMAND --help tell more.");
     } catch (const InputError& error) {
-        return report(kWrongInput, error.what());
-    } catch (const RuntimeError& error) {
-        return report(kErrorRaised, "error " + std::to_string(static_cast<int>(error.number())) + ": " + error.what());
-    } catch (const std::bad_alloc&) {
-        return report(kErrorRaised, "error 7: out of memory");
-    } catch (const std::exception& error) {
-        return report(kErrorRaised, error.what());
+        return refused(error.what());
     }
+    return run ? runReported(run, arguments) : refused("no command is given; opane --help lists them");
 }

@@ -15,11 +15,29 @@ using SetUp = Run (*)(CLI::App& command);
 
 // One function a command; the table of subcommands.cpp names them.
 Run setUpText(CLI::App& command);
+Run setUpBitmap(CLI::App& command);
 Run setUpLine(CLI::App& command);
 Run setUpBlock(CLI::App& command);
 Run setUpSquare(CLI::App& command);
 Run setUpFrame(CLI::App& command);
 Run setUpClear(CLI::App& command);
+Run setUpInfo(CLI::App& command);
+Run setUpStatus(CLI::App& command);
+Run setUpSetStatus(CLI::App& command);
+Run setUpReadings(CLI::App& command);
+Run setUpKey(CLI::App& command);
+Run setUpBacklightRead(CLI::App& command);
+Run setUpBacklightWrite(CLI::App& command);
+Run setUpControllerRead(CLI::App& command);
+Run setUpControllerWrite(CLI::App& command);
+Run setUpEepromDump(CLI::App& command);
+Run setUpEepromRead(CLI::App& command);
+Run setUpEepromWrite(CLI::App& command);
+Run setUpEepromSave(CLI::App& command);
+Run setUpEepromRestore(CLI::App& command);
+Run setUpEepromVerify(CLI::App& command);
+Run setUpBaudrate(CLI::App& command);
+Run setUpReset(CLI::App& command);
 Run setUpVersion(CLI::App& command);
 Run setUpDemo(CLI::App& command);
 

@@ -2,9 +2,8 @@
 #include <memory>
 
 #include "automation/text_layout.h"
-#include "connection.h"
-#include "default_generator.h"
-#include "print.h"
+#include "generator.h"
+#include "run_on_link.h"
 #include "shared/runtime_error.h"
 #include "shared/utf8.h"
 #include "subcommands.h"
@@ -21,21 +20,11 @@ struct TextOptions {
     std::string generator;
 };
 
-GlyphFile readGenerator(const std::string& path) {
-    try {
-        return GlyphFile::read(path);
-    } catch (const RuntimeError& error) {
-        throw InputError("character generator: " + std::string(error.what()));
-    }
-}
-
 /// Everything that the call would refuse or raise, said before anything is sent.
 void check(const TextOptions& options) {
     if (!isValidUtf8(options.text))
         throw InputError("the text is no valid UTF-8; set the terminal's character set to UTF-8");
     const GlyphFile glyphs = readGenerator(options.generator);
-    if (glyphs.count() == 0)
-        throw InputError("\"" + options.generator + "\" holds no character; expected a character generator");
 
     const TextCodes codes = textCodes(options.text);
     if (codes.empty())
@@ -75,6 +64,7 @@ Run setUpText(CLI::App& command) {
         ->capture_default_str();
     command.add_flag("--inverted", options->inverted, "light characters on a dark bar");
     command.add_option("--generator", options->generator, "character generator; see opane-generator")
+        ->check(notEmpty)
         ->default_str("latin1.gen");
 
     return [options](const Arguments& arguments) {
@@ -85,17 +75,12 @@ Run setUpText(CLI::App& command) {
         } catch (const RuntimeError& error) {
             throw InputError("\"" + options->generator + "\": " + error.what());
         }
-        Connection connection(arguments);
-        if (!connection.synchronize())
-            return kModuleFailed;
-        bool succeeded = true;
-        for (int i = 0; i < arguments.repeat; ++i) {
+        return runOnModule(arguments, "text", [&](Connection& connection) {
             std::int16_t status = 1;
             connection.object().DisplayString(options->text, options->line, options->column, options->preGap,
                                               options->inverted ? 1 : 0, options->generator, status);
-            succeeded = succeeded && status == 0;
-        }
-        return reportCommand(arguments, "text", succeeded);
+            return status == 0;
+        });
     };
 }
 

@@ -1,4 +1,4 @@
-#include "tools/opane-generator/whole_file.h"
+#include "platform/whole_file.h"
 
 #include <cerrno>
 #include <filesystem>

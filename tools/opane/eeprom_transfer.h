@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "link/clsOPane.h"
+
+namespace opane::tool {
+
+/// One of the module's two EEPROMs.
+struct Eeprom {
+    const char* name;
+    std::size_t size;  ///< bytes
+    bool (clsOPane::*read)(std::int16_t, std::int16_t, ByteArray&);
+    bool (clsOPane::*write)(std::int16_t, std::int16_t, const ByteArray&);
+};
+
+extern const Eeprom kSystemEeprom;
+extern const Eeprom kUserEeprom;
+
+struct AddressRange {
+    std::size_t address;
+    std::size_t length;
+};
+
+/// "0x080 to 0x0FF, 0x3FF"; neighbours are joined.
+std::string rangesText(const std::vector<AddressRange>& ranges);
+
+std::size_t totalLength(const std::vector<AddressRange>& ranges);
+
+/// The range in pieces that one exchange carries, each but the last of 128 bytes.
+std::vector<AddressRange> blocksOf(AddressRange range);
+
+/// Where two arrays of one size differ.
+std::vector<AddressRange> differences(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other);
+
+/// What came of a range. An answer of another length than asked for counts as missing.
+struct RangeRead {
+    ByteArray bytes;                    ///< of the whole range; 0 where missing
+    std::vector<AddressRange> missing;  ///< refused or not answered; said on standard error
+    bool isMissing(std::size_t address) const;
+};
+
+/// Reads and writes ranges of any length that lie in one EEPROM, block by block, with a progress bar.
+class EepromTransfer {
+public:
+    /// @param showProgress  false: never a bar
+    EepromTransfer(clsOPane& link, const Eeprom& eeprom, bool showProgress)
+        : link_(link), eeprom_(eeprom), showProgress_(showProgress) {}
+
+    const Eeprom& eeprom() const { return eeprom_; }
+
+    RangeRead read(AddressRange range);
+    RangeRead readAll() { return read({0, eeprom_.size}); }
+
+    /// Writes each block and reads it back; stops at the first one that does not hold then what was written. When not
+    /// all are written, also because of an error that is raised, standard error says which addresses are and which not.
+    /// @param blocks   in the order in which they are written
+    /// @param content  what the EEPROM shall hold from address base on
+    /// @return how many bytes were written and confirmed: those of all blocks when it succeeded
+    std::size_t write(const std::vector<AddressRange>& blocks, std::span<const std::uint8_t> content, std::size_t base);
+
+private:
+    bool readBlock(AddressRange block, ByteArray& bytes);
+    std::string writeBlock(AddressRange block, const ByteArray& bytes);
+
+    clsOPane& link_;
+    const Eeprom& eeprom_;
+    bool showProgress_;
+};
+
+}  // namespace opane::tool

@@ -1,0 +1,90 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <memory>
+
+#include "run_on_link.h"
+#include "subcommands.h"
+#include "survey.h"
+
+namespace opane::tool {
+namespace {
+
+constexpr std::size_t kFlags = 6;
+using StatusFlags = std::array<bool, kFlags>;
+
+struct FlagRow {
+    const char* key;
+    const char* label;
+    const char* option;
+    const char* help;
+};
+
+/// In the order of the module's status byte.
+constexpr std::array<FlagRow, kFlags> kFlagRows{{
+    {"upsideDown", "upside down", "--upside-down", "turn the picture upside down"},
+    {"inverted", "inverted", "--inverted", "show dark as light and light as dark"},
+    {"frame", "frame", "--frame", "draw the frame around the screen"},
+    {"lcd", "LCD", "--lcd", "switch the LCD on"},
+    {"autoBacklight", "automatic backlight", "--auto-backlight", "let the light control set the backlight"},
+    {"autoVlcd", "automatic Vlcd", "--auto-vlcd", "let the module control the LCD drive voltage"},
+}};
+constexpr std::size_t kFrameFlag = 2;
+
+constexpr std::int16_t kFrameDrawn = 255;  // pattern of the frame command
+constexpr std::int16_t kNoFrame = 0;
+
+bool readFlags(clsOPane& link, StatusFlags& flags) {
+    return link.OPaneCmd_ReadStatus(flags[0], flags[1], flags[2], flags[3], flags[4], flags[5]);
+}
+
+/// What is asked for each flag: "on", "off" or empty.
+using AskedFlags = std::array<std::string, kFlags>;
+
+/// The frame has a command of its own; the other flags are written together.
+bool writeFlags(clsOPane& link, const AskedFlags& asked) {
+    StatusFlags flags{};
+    if (!readFlags(link, flags)) {
+        std::cerr << "opane: the status flags could not be read; nothing was written\n";
+        return false;
+    }
+    bool others = false;
+    for (std::size_t i = 0; i < kFlags; ++i) {
+        if (asked[i].empty())
+            continue;
+        flags[i] = asked[i] == "on";
+        others = others || i != kFrameFlag;
+    }
+    const bool written =
+        (asked[kFrameFlag].empty() || link.OPaneCmd_Cadre(flags[kFrameFlag] ? kFrameDrawn : kNoFrame)) &&
+        (!others || link.OPaneCmd_WriteStatus(flags[0], flags[1], flags[3], flags[4], flags[5]));
+    if (!written)
+        std::cerr << "opane: not all flags were written; opane status tells which\n";
+    return written;
+}
+
+}  // namespace
+
+void readStatusFlags(Survey& survey) {
+    const auto flags = survey.ask<StatusFlags>("status flags", readFlags);
+    for (std::size_t i = 0; i < kFlags; ++i)
+        survey.add(kFlagRows[i].key, kFlagRows[i].label, flags ? std::optional(shownFlag((*flags)[i])) : std::nullopt);
+}
+
+Run setUpStatus(CLI::App& /*command*/) {
+    return [](const Arguments& arguments) { return runSurvey(arguments, readStatusFlags); };
+}
+
+Run setUpSetStatus(CLI::App& command) {
+    const auto asked = std::make_shared<AskedFlags>();
+    for (std::size_t i = 0; i < kFlags; ++i)
+        command.add_option(kFlagRows[i].option, (*asked)[i], kFlagRows[i].help)->check(CLI::IsMember({"on", "off"}));
+    return [asked](const Arguments& arguments) {
+        if (std::all_of(asked->begin(), asked->end(), [](const std::string& flag) { return flag.empty(); }))
+            throw InputError("no flag is named; opane set-status --help lists them");
+        return runOnLink(arguments, "set-status", [&](clsOPane& link) { return writeFlags(link, *asked); });
+    };
+}
+
+}  // namespace opane::tool
