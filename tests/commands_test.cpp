@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <numeric>
+#include <sstream>
 
 #include "support/bench.h"
 
@@ -107,14 +108,35 @@ constexpr auto kReadUser = &clsOPane::OPaneCmd_ReadEEPROMUser;
 constexpr auto kWriteSystem = &clsOPane::OPaneCmd_WriteEEPROMSystem;
 constexpr auto kWriteUser = &clsOPane::OPaneCmd_WriteEEPROMUser;
 
+/// Bytes in decimal, "1..8" for all from 1 to 8.
+ByteArray bytes(const std::string& text) {
+    ByteArray all;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        const auto dots = word.find("..");
+        const int last = std::stoi(dots == std::string::npos ? word : word.substr(dots + 2));
+        for (int value = std::stoi(word); value <= last; ++value)
+            all.push_back(static_cast<std::uint8_t>(value));
+    }
+    return all;
+}
+
+/// Lines of level 2: the command's type, then the others, between bars.
+Lines lines(const std::string& text) {
+    Lines all;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, '|');)
+        all.push_back(all.empty() ? "Cmd Type : " + part : part);
+    return all;
+}
+
 struct CommandCase {
     const char* name;
     Operation operation;
-    std::string result;  // "raises N", or the result and the outputs
-    Lines lines{};       // of level 2
-    ByteArray sent{};    // Leng, Node, Aux1, Aux2, Type; nothing: no frame
-    ByteArray data{};    // of the frame
-    ByteArray info{};    // of the answer
+    const char* result;      // "raises N", or the result and the outputs
+    const char* lines = "";  // see above
+    const char* sent = "";   // Aux1, Aux2 and the data; nothing: no frame
+    const char* info = "";   // of the answer
 };
 
 class Command : public testing::TestWithParam<CommandCase> {};
@@ -123,255 +145,133 @@ TEST_P(Command, LogsSendsAndDecodes) {
     LinkBench bench;
     threadGlobals()->gobjLog->LogLevel(2);
     const CommandCase& row = GetParam();
+    const ByteArray sent = bytes(row.sent);
+    const ByteArray info = bytes(row.info);
     ScriptedPeer& peer = bench.scripted();
-    if (!row.sent.empty()) {
-        ByteArray answer{0xAA, static_cast<std::uint8_t>(row.info.size()), 3, 0, 0, row.sent[4]};
-        answer.insert(answer.end(), row.info.begin(), row.info.end());
+    if (!sent.empty()) {
+        const auto type = static_cast<std::uint8_t>(std::stoi(row.lines));
+        ByteArray answer{0xAA, static_cast<std::uint8_t>(info.size()), 3, 0, 0, type};
+        answer.insert(answer.end(), info.begin(), info.end());
         answer.push_back(0);
         peer.answers = {answer};
     }
     std::string result;
     const int raised = raisedNumber([&] { result = row.operation(bench.link()); });
     EXPECT_EQ(raised == 0 ? result : "raises " + std::to_string(raised), row.result);
-    EXPECT_EQ(bench.log, row.lines);
-    ASSERT_EQ(peer.heard.size(), row.sent.empty() ? 0U : 1U);
-    if (row.sent.empty())
+    EXPECT_EQ(bench.log, lines(row.lines));
+    ASSERT_EQ(peer.heard.size(), sent.empty() ? 0U : 1U);
+    if (sent.empty())
         return;
     const ByteArray& frame = peer.heard.front();
-    EXPECT_EQ(ByteArray(frame.begin() + 1, frame.begin() + 6), row.sent);
-    EXPECT_EQ(ByteArray(frame.begin() + 6, frame.end() - 1), row.data);
+    EXPECT_EQ(frame[1], sent.size() - 2);
+    EXPECT_EQ(ByteArray(frame.begin() + 3, frame.begin() + 5), ByteArray(sent.begin(), sent.begin() + 2));
+    EXPECT_EQ(frame[5], std::stoi(row.lines));
+    EXPECT_EQ(ByteArray(frame.begin() + 6, frame.end() - 1), ByteArray(sent.begin() + 2, sent.end()));
 }
 
 const auto kName = [](const auto& row) { return std::string(row.param.name); };
 
-INSTANTIATE_TEST_SUITE_P(
-    Patterns, Command,
-    testing::Values(
-        CommandCase{"line_0", affData(0, 120), "true", {"Cmd Type : 1"}, {120, 3, 0, 0, 1}, rows(120)},
-        CommandCase{"line_255", affData(255, 120), "true", {"Cmd Type : 1"}, {120, 3, 255, 0, 1}, rows(120)},
-        CommandCase{"line_256", affData(256, 120), "raises 6", {"Cmd Type : 1"}},
-        CommandCase{"line_of_119", affData(0, 119), "false"}, CommandCase{"line_of_121", affData(0, 121), "false"},
-        CommandCase{"block_7_14", affBloc1(7, 14), "true", {"Cmd Type : 3"}, {8, 3, 7, 14, 3}, rows(8)},
-        CommandCase{"block_line_8", affBloc1(8, 14), "false"}, CommandCase{"block_column_15", affBloc1(7, 15), "false"},
-        CommandCase{"block_of_9", affBloc1(0, 0, 9), "false"},
-        CommandCase{"block_line_minus_1", affBloc1(-1, 0), "raises 6", {"Cmd Type : 3"}},
-        CommandCase{"block_column_minus_1", affBloc1(0, -1), "raises 6", {"Cmd Type : 3"}},
-        CommandCase{"square_6_13", affBloc4(6, 13), "true", {"Cmd Type : 4"}, {32, 3, 6, 13, 4}, rows(32)},
-        CommandCase{"square_line_7", affBloc4(7, 13), "false"},
-        CommandCase{"square_column_14", affBloc4(6, 14), "false"},
-        CommandCase{"square_of_8", affBloc4(0, 0, 8), "false"},
-        CommandCase{"frame_255", cadre(255), "true", {"Cmd Type : 5"}, {0, 3, 255, 0, 5}},
-        CommandCase{"frame_256", cadre(256), "raises 6", {"Cmd Type : 5"}},
-        CommandCase{"clear_0", clear(0), "true", {"Cmd Type : 6"}, {0, 3, 0, 0, 6}},
-        CommandCase{"clear_minus_1", clear(-1), "raises 6", {"Cmd Type : 6"}}),
-    kName);
+const CommandCase kPatterns[]{
+    {"line_0", affData(0, 120), "true", "1", "0 0 1..120"},
+    {"line_255", affData(255, 120), "true", "1", "255 0 1..120"},
+    {"line_256", affData(256, 120), "raises 6", "1"},
+    {"line_of_119", affData(0, 119), "false"},
+    {"line_of_121", affData(0, 121), "false"},
+    {"block_7_14", affBloc1(7, 14), "true", "3", "7 14 1..8"},
+    {"block_line_8", affBloc1(8, 14), "false"},
+    {"block_column_15", affBloc1(7, 15), "false"},
+    {"block_of_9", affBloc1(0, 0, 9), "false"},
+    {"block_line_minus_1", affBloc1(-1, 0), "raises 6", "3"},
+    {"block_column_minus_1", affBloc1(0, -1), "raises 6", "3"},
+    {"square_6_13", affBloc4(6, 13), "true", "4", "6 13 1..32"},
+    {"square_line_7", affBloc4(7, 13), "false"},
+    {"square_column_14", affBloc4(6, 14), "false"},
+    {"square_of_8", affBloc4(0, 0, 8), "false"},
+    {"frame_255", cadre(255), "true", "5", "255 0"},
+    {"frame_256", cadre(256), "raises 6", "5"},
+    {"clear_0", clear(0), "true", "6", "0 0"},
+    {"clear_minus_1", clear(-1), "raises 6", "6"},
+};
+INSTANTIATE_TEST_SUITE_P(Patterns, Command, testing::ValuesIn(kPatterns), kName);
 
-Lines statusLines(std::array<const char*, 6> values) {
-    constexpr std::array kLabels{"UpsideDown", "Inverted Display", "Cadre ON",
-                                 "LCD ON",     "Auto Bcklight ON", "Auto Vlcd ON"};
-    Lines lines{"Cmd Type : 9"};
-    for (std::size_t i = 0; i < 6; ++i)
-        lines.push_back(std::string(kLabels[i]).append(" : ").append(values[i]));
-    return lines;
-}
+constexpr auto kStatus45 =
+    "9|UpsideDown : TRUE|Inverted Display : FALSE|Cadre ON : TRUE|LCD ON : TRUE|Auto Bcklight ON : FALSE|Auto Vlcd ON "
+    ": TRUE";
+constexpr auto kStatus192 =
+    "9|UpsideDown : FALSE|Inverted Display : FALSE|Cadre ON : FALSE|LCD ON : FALSE|Auto Bcklight ON : FALSE|Auto Vlcd "
+    "ON : FALSE";
 
-INSTANTIATE_TEST_SUITE_P(
-    Readings, Command,
-    testing::Values(
-        CommandCase{
-            "version", version, "true V1.2", {"Cmd Type : 8", "Rd:V1.2"}, {0, 3, 0, 0, 8}, {}, {'V', '1', '.', '2', 0}},
-        CommandCase{"version_in_the_code_page",
-                    version,
-                    "true é€",
-                    {"Cmd Type : 8", "Rd:é€"},
-                    {0, 3, 0, 0, 8},
-                    {},
-                    {0xE9, 0x80, 9}},
-        CommandCase{"version_of_one_byte", version, "true ", {"Cmd Type : 8", "Rd:"}, {0, 3, 0, 0, 8}, {}, {'V'}},
-        CommandCase{"status_45",
-                    readStatus,
-                    "true 1 0 1 1 0 1",
-                    statusLines({"TRUE", "FALSE", "TRUE", "TRUE", "FALSE", "TRUE"}),
-                    {0, 3, 0, 0, 9},
-                    {},
-                    {45}},
-        CommandCase{"status_192",
-                    readStatus,
-                    "true 0 0 0 0 0 0",
-                    statusLines({"FALSE", "FALSE", "FALSE", "FALSE", "FALSE", "FALSE"}),
-                    {0, 3, 0, 0, 9},
-                    {},
-                    {192}},
-        CommandCase{"adc_luminosity",
-                    readADC(0),
-                    "true 564",
-                    {"Cmd Type : 11", "ADC Lum Read (decimal): 564"},
-                    {0, 3, 0, 0, 11},
-                    {},
-                    {52, 2}},
-        CommandCase{
-            "adc_1_without_a_label", readADC(1), "true 32767", {"Cmd Type : 11"}, {0, 3, 1, 0, 11}, {}, {255, 127}},
-        CommandCase{"adc_temperature",
-                    readADC(2),
-                    "true 0",
-                    {"Cmd Type : 11", "ADC Temp Read (decimal): 0"},
-                    {0, 3, 2, 0, 11},
-                    {},
-                    {0, 0}},
-        CommandCase{"adc_battery",
-                    readADC(3),
-                    "true 256",
-                    {"Cmd Type : 11", "ADC VBat Read (decimal): 256"},
-                    {0, 3, 3, 0, 11},
-                    {},
-                    {0, 1}},
-        CommandCase{"adc_too_large", readADC(0), "raises 6", {"Cmd Type : 11"}, {0, 3, 0, 0, 11}, {}, {0, 128}},
-        CommandCase{"adc_short", readADC(0), "raises 9", {"Cmd Type : 11"}, {0, 3, 0, 0, 11}, {}, {52}},
-        CommandCase{"adc_256", readADC(256), "raises 6", {"Cmd Type : 11"}},
-        CommandCase{"vlcd",
-                    tempIRandVLCD(2),
-                    "true 65535",
-                    {"Cmd Type : 18", "Parameter : 2", "Value Read (decimal) : 65535"},
-                    {0, 3, 2, 0, 18},
-                    {},
-                    {255, 255}},
-        CommandCase{"temperature_without_info",
-                    tempIRandVLCD(0),
-                    "raises 9",
-                    {"Cmd Type : 18", "Parameter : 0"},
-                    {0, 3, 0, 0, 18}},
-        CommandCase{"parameter_minus_1", tempIRandVLCD(-1), "raises 6", {"Cmd Type : 18", "Parameter : -1"}}),
-    kName);
+const CommandCase kReadings[]{
+    {"version", version, "true V1.2", "8|Rd:V1.2", "0 0", "86 49 46 50 0"},
+    {"version_in_the_code_page", version, "true é€", "8|Rd:é€", "0 0", "233 128 9"},
+    {"version_of_one_byte", version, "true ", "8|Rd:", "0 0", "86"},
+    {"status_45", readStatus, "true 1 0 1 1 0 1", kStatus45, "0 0", "45"},
+    {"status_192", readStatus, "true 0 0 0 0 0 0", kStatus192, "0 0", "192"},
+    {"adc_luminosity", readADC(0), "true 564", "11|ADC Lum Read (decimal): 564", "0 0", "52 2"},
+    {"adc_1_without_a_label", readADC(1), "true 32767", "11", "1 0", "255 127"},
+    {"adc_temperature", readADC(2), "true 0", "11|ADC Temp Read (decimal): 0", "2 0", "0 0"},
+    {"adc_battery", readADC(3), "true 256", "11|ADC VBat Read (decimal): 256", "3 0", "0 1"},
+    {"adc_too_large", readADC(0), "raises 6", "11", "0 0", "0 128"},
+    {"adc_short", readADC(0), "raises 9", "11", "0 0", "52"},
+    {"adc_256", readADC(256), "raises 6", "11"},
+    {"vlcd", tempIRandVLCD(2), "true 65535", "18|Parameter : 2|Value Read (decimal) : 65535", "2 0", "255 255"},
+    {"temperature_without_info", tempIRandVLCD(0), "raises 9", "18|Parameter : 0", "0 0"},
+    {"parameter_minus_1", tempIRandVLCD(-1), "raises 6", "18|Parameter : -1"},
+};
+INSTANTIATE_TEST_SUITE_P(Readings, Command, testing::ValuesIn(kReadings), kName);
 
-INSTANTIATE_TEST_SUITE_P(
-    Registers, Command,
-    testing::Values(
-        CommandCase{"read_red",
-                    readRegister(kReadRouge, 1),
-                    "true 200",
-                    {"Cmd Type : 22", "Register : 1", "Value Read : 200"},
-                    {0, 3, 1, 0, 22},
-                    {},
-                    {200}},
-        CommandCase{"read_green",
-                    readRegister(kReadVert, 5),
-                    "true 0",
-                    {"Cmd Type : 21", "Register : 5", "Value Read : 0"},
-                    {0, 3, 5, 0, 21}},
-        CommandCase{"read_controller",
-                    readRegister(kReadSed, 1),
-                    "true 9",
-                    {"Cmd Type : 16", "Register : 1", "Value Read : 9"},
-                    {0, 3, 0, 1, 16},
-                    {},
-                    {9}},
-        CommandCase{"read_register_256", readRegister(kReadVert, 256), "raises 6", {"Cmd Type : 21", "Register : 256"}},
-        CommandCase{"write_red",
-                    writeRegister(kWriteRouge, 1, 255),
-                    "true",
-                    {"Cmd Type : 20", "Register : 1", "Intensity : 255"},
-                    {0, 3, 1, 255, 20}},
-        CommandCase{"write_green",
-                    writeRegister(kWriteVert, 0, 7),
-                    "true",
-                    {"Cmd Type : 19", "Register : 0", "Intensity : 7"},
-                    {0, 3, 0, 7, 19}},
-        CommandCase{"intensity_256", writeRegister(kWriteRouge, 1, 256), "false"},
-        CommandCase{"intensity_minus_1", writeRegister(kWriteVert, 1, -1), "false"},
-        CommandCase{"write_red_minus_1",
-                    writeRegister(kWriteRouge, -1, 0),
-                    "raises 6",
-                    {"Cmd Type : 20", "Register : -1", "Intensity : 0"}},
-        CommandCase{"write_controller",
-                    writeRegister(kWriteSed, 0, 175),
-                    "true",
-                    {"Cmd Type : 17", "Register : 0", "Value to write : 175"},
-                    {1, 3, 0, 0, 17},
-                    {175}},
-        CommandCase{"write_controller_256", writeRegister(kWriteSed, 0, 256), "raises 6"},
-        CommandCase{"write_controller_register_256",
-                    writeRegister(kWriteSed, 256, 1),
-                    "raises 6",
-                    {"Cmd Type : 17", "Register : 256", "Value to write : 1"}}),
-    kName);
+const CommandCase kRegisters[]{
+    {"read_red", readRegister(kReadRouge, 1), "true 200", "22|Register : 1|Value Read : 200", "1 0", "200"},
+    {"read_green", readRegister(kReadVert, 5), "true 0", "21|Register : 5|Value Read : 0", "5 0"},
+    {"read_controller", readRegister(kReadSed, 1), "true 9", "16|Register : 1|Value Read : 9", "0 1", "9"},
+    {"read_register_256", readRegister(kReadVert, 256), "raises 6", "21|Register : 256"},
+    {"write_red", writeRegister(kWriteRouge, 1, 255), "true", "20|Register : 1|Intensity : 255", "1 255"},
+    {"write_green", writeRegister(kWriteVert, 0, 7), "true", "19|Register : 0|Intensity : 7", "0 7"},
+    {"intensity_256", writeRegister(kWriteRouge, 1, 256), "false"},
+    {"intensity_minus_1", writeRegister(kWriteVert, 1, -1), "false"},
+    {"write_red_minus_1", writeRegister(kWriteRouge, -1, 0), "raises 6", "20|Register : -1|Intensity : 0"},
+    {"write_controller", writeRegister(kWriteSed, 0, 175), "true", "17|Register : 0|Value to write : 175", "0 0 175"},
+    {"write_controller_256", writeRegister(kWriteSed, 0, 256), "raises 6"},
+    {"controller_register_256", writeRegister(kWriteSed, 256, 1), "raises 6", "17|Register : 256|Value to write : 1"},
+};
+INSTANTIATE_TEST_SUITE_P(Registers, Command, testing::ValuesIn(kRegisters), kName);
 
-Lines range(int type, int length, int address) {
-    return {"Cmd Type : " + std::to_string(type), "Length : " + std::to_string(length),
-            "Base adress : " + std::to_string(address)};
-}
+const CommandCase kEeproms[]{
+    {"system_end", readEeprom(kReadSystem, 896, 128), "true 128 1", "32|Length : 128|Base adress : 896", "128 3 128",
+     "1..128"},
+    {"system_past_the_end", readEeprom(kReadSystem, 897, 128), "false 1 77"},
+    {"system_last_byte", readEeprom(kReadSystem, 1023, 1), "true 1 1", "32|Length : 1|Base adress : 1023", "255 3 1",
+     "1"},
+    {"short_answer_as_it_came", readEeprom(kReadSystem, 300, 4), "true 2 1", "32|Length : 4|Base adress : 300",
+     "44 1 4", "1 2"},
+    {"user_end", readEeprom(kReadUser, 384, 128), "true 128 1", "12|Length : 128|Base adress : 384", "128 1 128",
+     "1..128"},
+    {"user_past_the_end", readEeprom(kReadUser, 385, 128), "false 1 77"},
+    {"user_last_byte", readEeprom(kReadUser, 511, 1), "true 1 1", "12|Length : 1|Base adress : 511", "255 1 1", "1"},
+    {"read_nothing", readEeprom(kReadUser, 0, 0), "false 1 77"},
+    {"read_129", readEeprom(kReadUser, 0, 129), "false 1 77"},
+    {"read_minus_1", readEeprom(kReadUser, 0, -1), "raises 6"},
+    {"read_at_minus_1", readEeprom(kReadUser, -1, 1), "raises 6", "12|Length : 1|Base adress : -1"},
+    {"write_system", writeEeprom(kWriteSystem, 300, 16, 16), "true", "33|Length : 16|Base adress : 300", "44 1 1..16"},
+    {"write_user_end", writeEeprom(kWriteUser, 384, 128, 128), "true", "13|Length : 128|Base adress : 384",
+     "128 1 1..128"},
+    {"write_user_past_the_end", writeEeprom(kWriteUser, 385, 128, 128), "false"},
+    {"write_17_of_16", writeEeprom(kWriteSystem, 0, 16, 17), "false"},
+    {"write_15_of_16", writeEeprom(kWriteSystem, 0, 16, 15), "false"},
+    {"write_129", writeEeprom(kWriteSystem, 0, 129, 129), "false"},
+    {"write_nothing", writeEeprom(kWriteSystem, 0, 0, 0), "false"},
+    {"write_minus_1", writeEeprom(kWriteSystem, 0, -1, 0), "false"},
+    {"write_smallest", writeEeprom(kWriteSystem, 0, -32768, 0), "false"},
+    {"write_at_minus_256", writeEeprom(kWriteSystem, -256, 1, 1), "raises 6", "33|Length : 1|Base adress : -256"},
+};
+INSTANTIATE_TEST_SUITE_P(Eeproms, Command, testing::ValuesIn(kEeproms), kName);
 
-INSTANTIATE_TEST_SUITE_P(
-    Eeproms, Command,
-    testing::Values(CommandCase{"system_end",
-                                readEeprom(kReadSystem, 896, 128),
-                                "true 128 1",
-                                range(32, 128, 896),
-                                {1, 3, 128, 3, 32},
-                                {128},
-                                rows(128)},
-                    CommandCase{"system_past_the_end", readEeprom(kReadSystem, 897, 128), "false 1 77"},
-                    CommandCase{"system_last_byte",
-                                readEeprom(kReadSystem, 1023, 1),
-                                "true 1 1",
-                                range(32, 1, 1023),
-                                {1, 3, 255, 3, 32},
-                                {1},
-                                {1}},
-                    CommandCase{"system_short_answer_as_it_came",
-                                readEeprom(kReadSystem, 300, 4),
-                                "true 2 1",
-                                range(32, 4, 300),
-                                {1, 3, 44, 1, 32},
-                                {4},
-                                {1, 2}},
-                    CommandCase{"user_end",
-                                readEeprom(kReadUser, 384, 128),
-                                "true 128 1",
-                                range(12, 128, 384),
-                                {1, 3, 128, 1, 12},
-                                {128},
-                                rows(128)},
-                    CommandCase{"user_past_the_end", readEeprom(kReadUser, 385, 128), "false 1 77"},
-                    CommandCase{"user_last_byte",
-                                readEeprom(kReadUser, 511, 1),
-                                "true 1 1",
-                                range(12, 1, 511),
-                                {1, 3, 255, 1, 12},
-                                {1},
-                                {1}},
-                    CommandCase{"read_nothing", readEeprom(kReadUser, 0, 0), "false 1 77"},
-                    CommandCase{"read_129", readEeprom(kReadUser, 0, 129), "false 1 77"},
-                    CommandCase{"read_minus_1", readEeprom(kReadUser, 0, -1), "raises 6"},
-                    CommandCase{"read_at_minus_1", readEeprom(kReadUser, -1, 1), "raises 6", range(12, 1, -1)},
-                    CommandCase{"write_system",
-                                writeEeprom(kWriteSystem, 300, 16, 16),
-                                "true",
-                                range(33, 16, 300),
-                                {16, 3, 44, 1, 33},
-                                rows(16)},
-                    CommandCase{"write_user_end",
-                                writeEeprom(kWriteUser, 384, 128, 128),
-                                "true",
-                                range(13, 128, 384),
-                                {128, 3, 128, 1, 13},
-                                rows(128)},
-                    CommandCase{"write_user_past_the_end", writeEeprom(kWriteUser, 385, 128, 128), "false"},
-                    CommandCase{"write_17_of_16", writeEeprom(kWriteSystem, 0, 16, 17), "false"},
-                    CommandCase{"write_15_of_16", writeEeprom(kWriteSystem, 0, 16, 15), "false"},
-                    CommandCase{"write_129", writeEeprom(kWriteSystem, 0, 129, 129), "false"},
-                    CommandCase{"write_nothing", writeEeprom(kWriteSystem, 0, 0, 0), "false"},
-                    CommandCase{"write_minus_1", writeEeprom(kWriteSystem, 0, -1, 0), "false"},
-                    CommandCase{"write_smallest", writeEeprom(kWriteSystem, 0, -32768, 0), "false"},
-                    CommandCase{"write_at_minus_256", writeEeprom(kWriteSystem, -256, 1, 1), "raises 6",
-                                range(33, 1, -256)}),
-    kName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Resets, Command,
-    testing::Values(CommandCase{"light_control", reset(1), "true", {"Cmd Type : 7", "Reset Type : 1"}, {0, 3, 1, 0, 7}},
-                    CommandCase{"other_type", reset(2), "false", {"Cmd Type : 7", "Reset Type : 2"}, {0, 3, 2, 0, 7}},
-                    CommandCase{"type_256", reset(256), "raises 6", {"Cmd Type : 7", "Reset Type : 256"}}),
-    kName);
+const CommandCase kResets[]{
+    {"light_control", reset(1), "true", "7|Reset Type : 1", "1 0"},
+    {"other_type", reset(2), "false", "7|Reset Type : 2", "2 0"},
+    {"type_256", reset(256), "raises 6", "7|Reset Type : 256"},
+};
+INSTANTIATE_TEST_SUITE_P(Resets, Command, testing::ValuesIn(kResets), kName);
 
 // ---- what a failed exchange leaves ----------------------------------------------------------------------------------
 
