@@ -100,7 +100,7 @@ int show(const ShowArguments& arguments) {
 
 int main(int argc, char** argv) {
     CLI::App app("Makes character generators for the module's text, and shows them.", "opane-generator");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);  // so that an unknown command is named
     app.footer(
         "Examples:\n"
         "  opane-generator make --font 5x8.pcf.gz --output latin1.gen\n"
@@ -138,7 +138,14 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kSuccess : kWrongInput;
+        if (error.get_exit_code() == 0)
+            return app.exit(error);
+        std::cerr << "opane-generator: " << error.what() << "\nopane-generator --help tells more.\n";
+        return kWrongInput;
+    }
+    if (!makeCommand->parsed() && !showCommand->parsed()) {
+        std::cerr << "opane-generator: no command is given; opane-generator --help lists them\n";
+        return kWrongInput;
     }
     try {
         const int status = makeCommand->parsed() ? make(making) : show(showing);

@@ -109,9 +109,12 @@ std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
         arguments.faults = faultOrders(faults);
         requireDifferentFiles(arguments);
     } catch (const CLI::ParseError& error) {
-        return Exit{app.exit(error) == 0 ? 0 : kWrongUsage};
+        if (error.get_exit_code() == 0)
+            return Exit{app.exit(error)};
+        std::cerr << "opane-sim: " << error.what() << "\nopane-sim --help tells more.\n";
+        return Exit{kWrongUsage};
     } catch (const std::invalid_argument& error) {
-        std::cerr << error.what() << '\n';
+        std::cerr << "opane-sim: " << error.what() << '\n';
         return Exit{kWrongUsage};
     }
     return arguments;
