@@ -101,6 +101,23 @@ TEST_P(OpaneCommand, PrintsAndLeavesWhatItShould) {
 INSTANTIATE_TEST_SUITE_P(
     Commands, OpaneCommand,
     testing::Values(
+        CommandCase{"line", "line AA --line 7", "",
+                    [](const ModuleState& module) {
+                        return module.screen[55][0] == 0 && module.screen[56][0] == 0xAA &&
+                               module.screen[63][14] == 0xAA;
+                    }},
+        CommandCase{"block", "block 3C4299A581A5423D --line 7 --column 14", "",
+                    [](const ModuleState& module) {
+                        return module.screen[56][13] == 0 && module.screen[56][14] == 0x3C &&
+                               module.screen[63][14] == 0x3D;
+                    }},
+        CommandCase{"square", "square FF --line 6 --column 13", "",
+                    [](const ModuleState& module) {
+                        return module.screen[47][13] == 0 && module.screen[48][13] == 255 &&
+                               module.screen[63][14] == 255;
+                    }},
+        CommandCase{"frame", "frame 0x0F", "", [](const ModuleState& module) { return module.framePattern == 0x0F; }},
+        CommandCase{"clear", "clear 0x55", "", [](const ModuleState& module) { return module.screen[63][14] == 0x55; }},
         CommandCase{"status", "status",
                     "upside down          on\ninverted             off\nframe                on\n"
                     "LCD                  off\nautomatic backlight  off\nautomatic Vlcd       on\n"},
@@ -125,6 +142,10 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"one_backlight_register", "backlight read green 1 --json", "{\"setPoint\":21}\n"},
         CommandCase{"backlight_write", "backlight write green 1 0xFF", "",
                     [](const ModuleState& module) { return module.green[1] == 255 && module.red[1] == 11; }},
+        CommandCase{"red_backlight_write", "backlight write red 5 7", "",
+                    [](const ModuleState& module) { return module.red[5] == 7 && module.green[5] == 25; }},
+        CommandCase{"system_eeprom_write", "eeprom write --address 0x3FF 5A", "",
+                    [](const ModuleState& module) { return module.systemEeprom[1023] == 0x5A; }},
         CommandCase{"controller_read", "controller read data", "data  3\n"},
         CommandCase{"controller_write", "controller write command 174", "",
                     [](const ModuleState& module) { return module.sed1530[0] == 174 && module.sed1530[1] == 3; }},
