@@ -4,12 +4,6 @@
 #include "log/clsLog.h"
 
 namespace opane {
-namespace {
-
-constexpr std::int32_t kHandshakeMs = 100;
-constexpr std::int32_t kUsualTimeoutMs = 1000;
-
-}  // namespace
 
 clsOPaneCommDLL::clsOPaneCommDLL() : arrActualImage(std::make_shared<ScreenImage>()) {
     Globals& globals = holder_.globals();
@@ -27,10 +21,10 @@ void clsOPaneCommDLL::Synchronize(std::int16_t intComPort, std::int32_t lngBaudr
     link->Baudrate(lngBaudrate);
     if (link->CommPort() != intComPort)
         link->CommPort(intComPort);
-    link->Timeout(kHandshakeMs);
+    link->Timeout(clsOPane::kHandshakeTimeoutMs);
     link->CommunicationType("RS232");
     const bool synchronized = link->SendSynchronizeCharacter(intNode);
-    link->Timeout(kUsualTimeoutMs);
+    link->Timeout(clsOPane::kUsualTimeoutMs);
     intReturnStatus = synchronized ? 0 : 1;
 }
 

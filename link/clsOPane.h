@@ -31,6 +31,10 @@ struct EepromCommand;
 /// no log as it began.
 class clsOPane : public std::enable_shared_from_this<clsOPane> {
 public:
+    static constexpr std::int32_t kUsualTimeoutMs = 1000;  ///< Timeout of a new link, and after every resynchronisation
+    static constexpr std::int32_t kHandshakeTimeoutMs =
+        100;  ///< Timeout while a connection or a resynchronisation is made
+
     /// A closed link: node 3, time-out 1000 ms, not synchronised, no bus type.
     static std::shared_ptr<clsOPane> create();
     ~clsOPane();
@@ -260,7 +264,7 @@ private:
     frmComm comm_;
     frmDialog dialog_;
     SerialControl& MSComm;
-    std::int32_t timeoutMs_ = 1000;
+    std::int32_t timeoutMs_ = kUsualTimeoutMs;
     std::int16_t commPort_ = 0;
     std::int32_t baudrate_ = 0;
     std::int16_t dataBits_ = 0;

@@ -7,10 +7,8 @@
 namespace opane {
 namespace {
 
-constexpr std::int16_t kMostRetries = 4;        // a count above it ends the exchange
-constexpr int kMostHandshakes = 125;            // of one resynchronisation
-constexpr std::int32_t kHandshakeMs = 100;      // Timeout during a resynchronisation
-constexpr std::int32_t kUsualTimeoutMs = 1000;  // Timeout after it, whatever it was before
+constexpr std::int16_t kMostRetries = 4;  // a count above it ends the exchange
+constexpr int kMostHandshakes = 125;      // of one resynchronisation
 constexpr std::int16_t kLogLevel = 3;
 constexpr std::string_view kLogName = "clsOpane,SendDataAndReceiveResponse";
 
@@ -144,7 +142,7 @@ void clsOPane::recover(Exchange& exchange, std::string_view errorText) {
 }
 
 void clsOPane::resynchronise(Exchange& exchange) {
-    Timeout(kHandshakeMs);
+    Timeout(kHandshakeTimeoutMs);
     int failed = 0;
     while (failed < kMostHandshakes && !SendSynchronizeCharacter(nodeNumber_))
         ++failed;

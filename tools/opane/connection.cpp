@@ -8,9 +8,7 @@
 namespace opane::tool {
 namespace {
 
-constexpr std::int16_t kEveryLine = 3;          // log level
-constexpr std::int32_t kHandshakeMs = 100;      // Timeout during the handshake
-constexpr std::int32_t kUsualTimeoutMs = 1000;  // Timeout after it
+constexpr std::int16_t kEveryLine = 3;  // log level
 
 /// Shows every line on standard error and keeps in the file those that the log level asks for.
 class TraceWriter final : public LineWriter {
@@ -87,9 +85,9 @@ bool Connection::handshake() {
     link_->Baudrate(arguments_.baudRate);
     link_->CommPort(arguments_.port);
     link_->CommunicationType(arguments_.bus);
-    link_->Timeout(kHandshakeMs);
+    link_->Timeout(clsOPane::kHandshakeTimeoutMs);
     const bool synchronized = link_->SendSynchronizeCharacter(arguments_.node);
-    link_->Timeout(kUsualTimeoutMs);
+    link_->Timeout(clsOPane::kUsualTimeoutMs);
     return synchronized;
 }
 
