@@ -19,6 +19,8 @@ ByteArray readFile(const std::string& path, std::size_t maxBytes);
 
 /// Adds text at the end of a file in one write, creating the file when it is missing; never its folder.
 /// @param path  UTF-8
+/// @param text  UTF-8; the file gets it as the system's text files are: on Windows in its code page, with ? for what
+///              that lacks
 /// @throws RuntimeError 76 (its folder is missing), 70 (not allowed), 75 (a directory or otherwise not to be written),
 ///         57 (failed while writing); the text names the path
 void appendToFile(const std::string& path, const std::string& text);

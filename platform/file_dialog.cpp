@@ -22,7 +22,7 @@ void CommonDialog::show(FileDialogRequest::Kind kind) {
     request.overwritePrompt = kind == FileDialogRequest::Kind::save && (Flags & kOverwritePrompt) != 0;
 
     const auto handler = services().fileDialog;
-    const auto choice = handler ? handler(request) : std::nullopt;
+    const auto choice = handler ? handler(request) : systemFileDialog(request);
     FileName = choice.value_or(std::string());
     if (!FileName.empty())
         lastChoice_ = FileName;

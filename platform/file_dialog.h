@@ -21,6 +21,10 @@ struct FileDialogRequest {
 /// Shows the dialog modally on the calling thread; gives the full path, or nothing when it was cancelled.
 using FileDialogHandler = std::function<std::optional<std::string>(const FileDialogRequest&)>;
 
+/// The system's own dialog, for a thread without a handler: on POSIX there is none, so it is cancelled at once, as it
+/// is on Windows in a program without a visible desktop. A library in a program without a screen never blocks.
+std::optional<std::string> systemFileDialog(const FileDialogRequest& request);
+
 /// The file dialog control of a host form. Its settings and its last name stay between uses.
 class CommonDialog {
 public:
@@ -33,8 +37,7 @@ public:
     int Flags = 0;
     std::string FileName;  ///< full path; empty after a cancelled dialog
 
-    /// Show the dialog through the thread's handler (services.h) and set FileName. Without a handler the answer is
-    /// cancelled: a library in a program without a screen never blocks.
+    /// Show the dialog through the thread's handler (services.h), else the system's own, and set FileName.
     void ShowOpen();
     void ShowSave();
 

@@ -4,8 +4,11 @@
 
 namespace opane {
 
-/// The folder that holds the library's file (the program's, where the library is part of it), without a separator at
-/// its end. UTF-8.
+/// The full path of the file that holds this very code: the library's, or the program's where the library is part of
+/// it. UTF-8.
+std::string libraryFile();
+
+/// The folder of that file, without a separator at its end. UTF-8.
 std::string libraryFolder();
 
 /// The folder of the data files that come with the library, such as the default character generator: what the

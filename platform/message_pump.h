@@ -2,11 +2,12 @@
 
 namespace opane {
 
-/// Runs the host's pending events once on the calling thread and returns: its event hook on POSIX, its window messages
-/// on Windows. A host event may call the library again or release its object.
+/// Runs the host's pending events once on the calling thread and returns: its event hook; on Windows, when it has set
+/// none, its window messages. A host event may call the library again or release its object.
 void yieldToHost();
 
-/// Whether the calling thread has events of its own to run, so that a wait must come back to them every millisecond.
+/// Whether the calling thread has an event hook, so that a wait must come back to it every millisecond. Window messages
+/// need none of that: they end a wait of the serial control.
 bool hostHasEvents();
 
 }  // namespace opane

@@ -60,7 +60,8 @@ public:
     virtual void Output(std::span<const std::uint8_t> arrbytOutput) = 0;
 
     /// Blocks until a byte waits, until the device has vanished (the next Input says so) or for limitMs milliseconds,
-    /// whichever comes first. Not at all when the port is closed or limitMs is 0 or less.
+    /// whichever comes first; an event of the host may end it early. Not at all when the port is closed or limitMs is 0
+    /// or less.
     /// @return whether there is something for Input to take or to say
     virtual bool WaitForInput(std::int32_t limitMs) = 0;
 };

@@ -23,7 +23,7 @@ struct Services {
     /// Runs the host's pending events once; empty when the host has none. It must not throw.
     std::function<void()> eventHook;
     MessageBoxHandler messageBox;  ///< empty: the system's way
-    FileDialogHandler fileDialog;  ///< empty: every dialog is cancelled
+    FileDialogHandler fileDialog;  ///< empty: the system's way
     /// Gives the device of a COM port number, or an empty name for none. When empty, devices are the system's own.
     std::function<std::string(std::int16_t)> portMap;
 };
@@ -31,8 +31,8 @@ struct Services {
 /// The calling thread's set.
 const Services& services();
 
-/// The device of a COM port number by the thread's port map; else, on POSIX, what the environment variable OPANE_COM<n>
-/// names, else /dev/ttyS<n-1>. Empty when the map has none.
+/// The device of a COM port number by the thread's port map; else what the environment variable OPANE_COM<n> names,
+/// else the system's own: /dev/ttyS<n-1> on POSIX, \\.\COM<n> on Windows. Empty when the map has none.
 std::string devicePath(std::int16_t comPort);
 
 /// The system's own way from a COM port number to a device, without the thread's map.

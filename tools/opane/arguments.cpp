@@ -4,8 +4,21 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <system_error>
+
+#include "platform/file.h"
+#include "platform/services.h"
+#include "platform/utf8_path.h"
 
 namespace opane::tool {
+namespace {
+
+std::string existingFolder(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(utf8Path(path), ignored) ? "" : "\"" + path + "\" is no folder";
+}
+
+}  // namespace
 
 std::string notEmpty(const std::string& value) {
     return value.empty() ? "is empty; leave it out for the default" : "";
@@ -13,11 +26,13 @@ std::string notEmpty(const std::string& value) {
 
 void addCommonOptions(CLI::App& app, Arguments& arguments) {
     constexpr auto kConnection = "Connection";
-    app.add_option("--port", arguments.port, "COM port number; its device is $OPANE_COM<N>, else /dev/ttyS<N-1>")
+    app.add_option(
+           "--port", arguments.port,
+           "COM port number; its device is $OPANE_COM<N>, else the system's own: " + systemDevicePath(1) + " for 1")
         ->check(CLI::Range(1, 256))
         ->capture_default_str()
         ->group(kConnection);
-    app.add_option("--device", arguments.device, "device of the port, such as /dev/ttyUSB0")
+    app.add_option("--device", arguments.device, "device of the port, such as /dev/ttyUSB0 or COM3")
         ->check(notEmpty)
         ->group(kConnection);
     app.add_option("--baud", arguments.baudRate, "baud rate")
@@ -39,12 +54,16 @@ void addCommonOptions(CLI::App& app, Arguments& arguments) {
         ->check(CLI::Range(0, 3))
         ->group(kReport);
     app.add_option("--log-folder", arguments.logFolder, "folder of the log files")
-        ->check(CLI::ExistingDirectory)
+        ->check(existingFolder)
         ->group(kReport);
     app.add_option("--tester", arguments.tester, "tester's name, the first part of the log file's name")
         ->check([](const std::string& name) {
-            const auto bad = [](unsigned char character) { return character == '/' || std::iscntrl(character) != 0; };
-            return std::none_of(name.begin(), name.end(), bad) ? std::string() : "holds a / or a control character";
+            const auto bad = [](char character) {
+                return character == '/' || character == kPathSeparator ||
+                       std::iscntrl(static_cast<unsigned char>(character)) != 0;
+            };
+            return std::none_of(name.begin(), name.end(), bad) ? std::string()
+                                                               : "holds a path separator or a control character";
         })
         ->group(kReport);
     app.add_flag("--trace", arguments.trace, "show the log's lines on standard error as they come")->group(kReport);

@@ -39,8 +39,6 @@ bool showTexts(clsOPaneCommDLL& object, const std::string& generator) {
     return allShown;
 }
 
-}  // namespace
-
 Run setUpDemo(CLI::App& command) {
     const auto output = std::make_shared<std::string>("screen.png");
     command.add_option("--output", *output, "picture of the module's screen (PNG)")->capture_default_str();
@@ -78,6 +76,16 @@ Run setUpDemo(CLI::App& command) {
                   << " shows this; the picture is in " << *output << '\n';
         return kSuccess;
     };
+}
+
+constexpr Subcommand kDemoCommands[]{
+    {"", "demo", "Show texts on a simulated module and draw its screen", "demo --output screen.png", setUpDemo},
+};
+
+}  // namespace
+
+std::span<const Subcommand> demoCommands() {
+    return kDemoCommands;
 }
 
 }  // namespace opane::tool

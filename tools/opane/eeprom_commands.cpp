@@ -1,12 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "eeprom_transfer.h"
 #include "platform/file.h"
+#include "platform/utf8_path.h"
 #include "platform/whole_file.h"
 #include "print.h"
 #include "run_on_link.h"
@@ -129,7 +129,7 @@ ByteArray readImage(const EepromOptions& options) {
 /// What would be found only after the reading.
 void checkTarget(const std::string& file) {
     std::error_code ignored;
-    const fs::path path(file);
+    const fs::path path = utf8Path(file);
     if (fs::is_directory(path, ignored))
         throw InputError("\"" + file + "\" is a folder; expected a file");
     if (path.has_parent_path() && !fs::is_directory(path.parent_path(), ignored))

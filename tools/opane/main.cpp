@@ -1,8 +1,10 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 
 #include "arguments.h"
+#include "platform/console.h"
 #include "print.h"
 #include "shared/runtime_error.h"
 #include "subcommands.h"
@@ -37,6 +39,7 @@ ExitStatus runReported(const Run& run, const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const Utf8Console console;
     Arguments arguments;
     Run run;
     CLI::App app("Drives an OPane LCD module over a serial line.", "opane");
@@ -51,7 +54,9 @@ int main(int argc, char** argv) {
         return kWrongInput;
     };
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> words = programArguments(argc, argv);
+        std::reverse(words.begin(), words.end());  // as the parser takes them
+        app.parse(words);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return app.exit(error);

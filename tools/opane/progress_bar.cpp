@@ -1,9 +1,9 @@
 #include "progress_bar.h"
 
-#include <unistd.h>
-
 #include <iostream>
 #include <utility>
+
+#include "platform/console.h"
 
 namespace opane::tool {
 namespace {
@@ -15,7 +15,7 @@ constexpr auto kWipeLine = "\r\033[K";
 }  // namespace
 
 ProgressBar::ProgressBar(std::string label, std::size_t total, bool shown)
-    : label_(std::move(label)), total_(total), shown_(shown && total > 0 && isatty(STDERR_FILENO) == 1) {
+    : label_(std::move(label)), total_(total), shown_(shown && total > 0 && standardErrorIsTerminal()) {
     draw();
 }
 

@@ -18,14 +18,6 @@ constexpr Group kGroups[]{
     {"eeprom", "Read and write the EEPROMs: System, or User with --user", "eeprom save system.bin"},
 };
 
-struct Subcommand {
-    const char* group;  // empty: none
-    const char* name;
-    const char* summary;
-    const char* example;  // after the program's name
-    SetUp setUp;
-};
-
 constexpr Subcommand kSubcommands[]{
     {"", "text", "Show a text on the screen", "--device /dev/ttyUSB0 text \"Hello, world\" --line 2 --column 3",
      setUpText},
@@ -59,7 +51,6 @@ constexpr Subcommand kSubcommands[]{
     {"", "baudrate", "Change the baud rate of the module", "baudrate 19200", setUpBaudrate},
     {"", "reset", "Reset the module, which then runs at 9600 baud, or its light control", "reset light", setUpReset},
     {"", "version", "Print the version of the library", "version --json", setUpVersion},
-    {"", "demo", "Show texts on a simulated module and draw its screen", "demo --output screen.png", setUpDemo},
 };
 
 CLI::App* addCommand(CLI::App& parent, const char* name, const char* summary, const char* example) {
@@ -83,11 +74,13 @@ void addSubcommands(CLI::App& app, Run& chosen) {
                 throw InputError("no command of " + name + " is given; opane " + name + " --help lists them");
         });
     }
-    for (const Subcommand& row : kSubcommands) {
-        CLI::App& parent = *row.group == '\0' ? app : *app.get_subcommand(row.group);
-        CLI::App* const command = addCommand(parent, row.name, row.summary, row.example);
-        const Run run = row.setUp(*command);
-        command->callback([run, &chosen] { chosen = run; });
+    for (const std::span<const Subcommand> table : {std::span<const Subcommand>(kSubcommands), demoCommands()}) {
+        for (const Subcommand& row : table) {
+            CLI::App& parent = *row.group == '\0' ? app : *app.get_subcommand(row.group);
+            CLI::App* const command = addCommand(parent, row.name, row.summary, row.example);
+            const Run run = row.setUp(*command);
+            command->callback([run, &chosen] { chosen = run; });
+        }
     }
     app.require_subcommand(0, 1);  // so that an unknown command is named; main says that none is given
 }

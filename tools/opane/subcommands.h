@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <span>
 
 #include "arguments.h"
 
@@ -12,6 +13,15 @@ using Run = std::function<ExitStatus(const Arguments&)>;
 
 /// Adds the options of a command and gives what runs it.
 using SetUp = Run (*)(CLI::App& command);
+
+/// A row of the table of commands.
+struct Subcommand {
+    const char* group;  ///< empty: none
+    const char* name;
+    const char* summary;
+    const char* example;  ///< after the program's name
+    SetUp setUp;
+};
 
 // One function a command; the table of subcommands.cpp names them.
 Run setUpText(CLI::App& command);
@@ -39,7 +49,9 @@ Run setUpEepromVerify(CLI::App& command);
 Run setUpBaudrate(CLI::App& command);
 Run setUpReset(CLI::App& command);
 Run setUpVersion(CLI::App& command);
-Run setUpDemo(CLI::App& command);
+
+/// The commands that bring a simulated module along: none on a system without pseudo-terminals.
+std::span<const Subcommand> demoCommands();
 
 /// Adds every command to the program.
 /// @param chosen  set to what runs the command that the user has named

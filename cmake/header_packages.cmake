@@ -1,0 +1,20 @@
+# CLI11 and nlohmann json, headers alone. Built for this system they are its packages; built for another one they are
+# the same headers, taken from this system by links in the build folder: its include folder as a whole belongs to no
+# cross compiler.
+if(CMAKE_CROSSCOMPILING)
+    set(headers ${PROJECT_BINARY_DIR}/host-headers)
+    file(MAKE_DIRECTORY ${headers})
+    foreach(folder CLI nlohmann)
+        if(NOT EXISTS /usr/include/${folder})
+            message(FATAL_ERROR "The headers in /usr/include/${folder} are missing (Debian: libcli11-dev, nlohmann-json3-dev).")
+        endif()
+        file(CREATE_LINK /usr/include/${folder} ${headers}/${folder} SYMBOLIC)
+    endforeach()
+    foreach(target CLI11::CLI11 nlohmann_json::nlohmann_json)
+        add_library(${target} INTERFACE IMPORTED GLOBAL)
+        target_include_directories(${target} SYSTEM INTERFACE ${headers})
+    endforeach()
+else()
+    find_package(CLI11 REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+endif()

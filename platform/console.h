@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace opane {
+
+/// The arguments behind the program's name, UTF-8.
+std::vector<std::string> programArguments(int argc, char** argv);
+
+/// Whether standard error is a terminal that takes control sequences.
+bool standardErrorIsTerminal();
+
+/// Lets the terminal show UTF-8 for as long as it lives, where it does not by itself.
+class Utf8Console {
+public:
+    Utf8Console();
+    ~Utf8Console();
+    Utf8Console(const Utf8Console&) = delete;
+    Utf8Console& operator=(const Utf8Console&) = delete;
+
+private:
+    [[maybe_unused]] unsigned earlierCodePage_;
+};
+
+}  // namespace opane
