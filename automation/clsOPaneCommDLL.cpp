@@ -6,13 +6,14 @@
 namespace opane {
 
 clsOPaneCommDLL::clsOPaneCommDLL() : arrActualImage(std::make_shared<ScreenImage>()) {
+    holder_.adopt(clsOPane::create());
+    holder_.adopt(std::make_shared<clsLog>());
     Globals& globals = holder_.globals();
-    globals.gobjOPane = clsOPane::create();
-    globals.gobjLog = std::make_shared<clsLog>();
     globals.gintCommPort = 1;
     globals.gintNodeNumber = 3;
-    globals.gobjOPane->Initialize();
-    globals.gobjOPane->CommunicationType("RS232");
+    const auto link = threadLink();
+    link->Initialize();
+    link->CommunicationType("RS232");
 }
 
 void clsOPaneCommDLL::Synchronize(std::int16_t intComPort, std::int32_t lngBaudrate, std::int16_t intNode,

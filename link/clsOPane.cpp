@@ -8,10 +8,8 @@
 namespace opane {
 
 clsOPane::Running::Running(clsOPane& link) : link_(link.shared_from_this()) {
-    if (link_->running_++ > 0)
-        return;
-    if (const auto globals = threadGlobals())
-        link_->log_ = globals->gobjLog;
+    if (link_->running_++ == 0)
+        link_->log_ = threadLog();
 }
 
 clsOPane::Running::~Running() {

@@ -1,5 +1,8 @@
 #include "platform/services.h"
 
+#include <cstddef>
+#include <new>
+
 namespace opane {
 namespace {
 
@@ -9,7 +12,10 @@ thread_local const Services* threadServices = nullptr;
 }  // namespace
 
 const Services& services() {
-    static const auto* const system = new Services;  // kept to the end: objects may outlive static destructors
+    // Never destroyed, as objects may outlive static destructors, and without memory of its own, as a component that is
+    // unloaded and loaded again would leave it behind.
+    alignas(Services) static std::byte place[sizeof(Services)];
+    static const auto* const system = new (place) Services;
     return threadServices != nullptr ? *threadServices : *system;
 }
 

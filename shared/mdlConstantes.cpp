@@ -11,7 +11,8 @@ namespace {
 
 // A thread finds its set by number: a plain thread_local with nothing to destroy (a destructor would pin the library
 // in its process), and a number that is never used twice stays harmless after its set has ended on another thread.
-// The lock guards this register alone; the sets themselves belong to one thread each.
+// The lock guards this register, and the references of the sets, which a holder's end on another thread takes away; all
+// else in a set belongs to its thread.
 using SetNumber = std::uint64_t;
 using Register = std::map<SetNumber, std::weak_ptr<Globals>>;
 
@@ -56,9 +57,22 @@ GlobalsHolder::GlobalsHolder() : globals_(threadGlobals()) {
 
 GlobalsHolder::~GlobalsHolder() {
     // Moved out first, as their ends may run host events, which must find the references empty. The link ends before
-    // the log.
-    const auto log = std::move(globals_->gobjLog);
-    const auto link = std::move(globals_->gobjOPane);
+    // the log. Under the lock, as this may be another thread than the set's own.
+    std::shared_ptr<clsLog> log;
+    std::shared_ptr<clsOPane> link;
+    const std::lock_guard lock(registerMutex);
+    log = std::move(globals_->gobjLog);
+    link = std::move(globals_->gobjOPane);
+}
+
+void GlobalsHolder::adopt(std::shared_ptr<clsOPane> link) {
+    const std::lock_guard lock(registerMutex);
+    globals_->gobjOPane.swap(link);
+}
+
+void GlobalsHolder::adopt(std::shared_ptr<clsLog> log) {
+    const std::lock_guard lock(registerMutex);
+    globals_->gobjLog.swap(log);
 }
 
 std::shared_ptr<Globals> threadGlobals() {
@@ -70,10 +84,18 @@ std::shared_ptr<Globals> threadGlobals() {
 }
 
 std::shared_ptr<clsOPane> threadLink() {
+    if (const auto set = threadGlobals()) {
+        const std::lock_guard lock(registerMutex);
+        if (set->gobjOPane)
+            return set->gobjOPane;
+    }
+    throw RuntimeError(ErrorNumber::objectNotSet, "this thread has no link: its object has ended");
+}
+
+std::shared_ptr<clsLog> threadLog() {
     const auto set = threadGlobals();
-    if (!set || !set->gobjOPane)
-        throw RuntimeError(ErrorNumber::objectNotSet, "this thread has no link: its object has ended");
-    return set->gobjOPane;
+    const std::lock_guard lock(registerMutex);
+    return set ? set->gobjLog : nullptr;
 }
 
 }  // namespace opane

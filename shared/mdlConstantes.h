@@ -32,6 +32,10 @@ public:
 
     Globals& globals() const { return *globals_; }
 
+    /// Puts a new link or log in place of the thread's. The one before ends with this call, unless it is running.
+    void adopt(std::shared_ptr<clsOPane> link);
+    void adopt(std::shared_ptr<clsLog> log);
+
 private:
     std::shared_ptr<Globals> globals_;
 };
@@ -42,5 +46,8 @@ std::shared_ptr<Globals> threadGlobals();
 /// The calling thread's link, for the length of a call.
 /// @throws RuntimeError 91 (object variable not set) when the thread has none
 std::shared_ptr<clsOPane> threadLink();
+
+/// The calling thread's log, for the length of a call; null when it has none.
+std::shared_ptr<clsLog> threadLog();
 
 }  // namespace opane
