@@ -37,6 +37,7 @@ TEST(DocumentedExamples, AllRunInOrder) {
                                                                                           {60, 0xFF}})
         bitmap[offset] = static_cast<char>(value);
     folder.write("picture.bmp", bitmap);
+    setenv("OPANE_COMPONENT_REGISTRY", (folder / "components").c_str(), 1);
     RunningProgram module({OPANE_SIM_PROGRAM, "--link", folder / "module"});
     module.line();
     const auto all = examples();

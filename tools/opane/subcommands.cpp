@@ -51,6 +51,9 @@ constexpr Subcommand kSubcommands[]{
     {"", "baudrate", "Change the baud rate of the module", "baudrate 19200", setUpBaudrate},
     {"", "reset", "Reset the module, which then runs at 9600 baud, or its light control", "reset light", setUpReset},
     {"", "version", "Print the version of the library", "version --json", setUpVersion},
+    {"", "register", "Enter the component into the registry, so that hosts can create it by name", "register",
+     setUpRegister},
+    {"", "unregister", "Take the component out of the registry again", "unregister", setUpUnregister},
 };
 
 CLI::App* addCommand(CLI::App& parent, const char* name, const char* summary, const char* example) {

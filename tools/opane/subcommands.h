@@ -49,6 +49,8 @@ Run setUpEepromVerify(CLI::App& command);
 Run setUpBaudrate(CLI::App& command);
 Run setUpReset(CLI::App& command);
 Run setUpVersion(CLI::App& command);
+Run setUpRegister(CLI::App& command);
+Run setUpUnregister(CLI::App& command);
 
 /// The commands that bring a simulated module along: none on a system without pseudo-terminals.
 std::span<const Subcommand> demoCommands();

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "platform/component_runtime.h"
+
+namespace opane::component {
+
+/// Text of an automation string in UTF-8; a null string is empty.
+std::string textOf(BSTR text);
+
+/// UTF-8 as the component runtime takes it.
+std::basic_string<OLECHAR> wideText(const std::string& text);
+
+/// A new automation string, to be freed by whom it is given to.
+/// @throws std::bad_alloc
+BSTR allocateString(const std::string& text);
+
+}  // namespace opane::component
