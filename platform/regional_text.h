@@ -17,4 +17,8 @@ std::tm systemLocalTime();
 std::string shortDateText(const std::tm& moment);
 std::string timeText(const std::tm& moment);
 
+/// The decimal separator of the user's numbers; UTF-8. On POSIX the locale is what LC_ALL, LC_NUMERIC and LANG say, on
+/// Windows the user's own setting in the regional settings, which may differ from the locale's.
+std::string decimalSeparator();
+
 }  // namespace opane

@@ -18,11 +18,11 @@ struct FreeLocale {
 };
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, FreeLocale>;
 
-/// What LC_ALL, LC_TIME and LANG ask for; the C locale where the system does not have it.
-Locale userLocale() {
-    constexpr int kMask = LC_TIME_MASK | LC_CTYPE_MASK;
-    Locale locale(newlocale(kMask, "", nullptr));
-    return locale ? std::move(locale) : Locale(newlocale(kMask, "C", nullptr));
+/// What LC_ALL, the category's own variable and LANG ask for; the C locale where the system does not have it.
+Locale userLocale(int categoryMask) {
+    const int mask = categoryMask | LC_CTYPE_MASK;
+    Locale locale(newlocale(mask, "", nullptr));
+    return locale ? std::move(locale) : Locale(newlocale(mask, "C", nullptr));
 }
 
 std::string toUtf8(const std::string& text, const char* codeSet) {
@@ -45,7 +45,7 @@ std::string toUtf8(const std::string& text, const char* codeSet) {
 }
 
 std::string formatted(const std::tm& moment, const char* format) {
-    const Locale locale = userLocale();
+    const Locale locale = userLocale(LC_TIME_MASK);
     char buffer[256];
     const std::size_t length = strftime_l(buffer, sizeof buffer, format, &moment, locale.get());
     return toUtf8(std::string(buffer, length), nl_langinfo_l(CODESET, locale.get()));
@@ -66,6 +66,11 @@ std::string shortDateText(const std::tm& moment) {
 
 std::string timeText(const std::tm& moment) {
     return formatted(moment, "%X");
+}
+
+std::string decimalSeparator() {
+    const Locale locale = userLocale(LC_NUMERIC_MASK);
+    return toUtf8(nl_langinfo_l(RADIXCHAR, locale.get()), nl_langinfo_l(CODESET, locale.get()));
 }
 
 }  // namespace opane

@@ -1,0 +1,200 @@
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "panel/frmOPane.h"
+#include "panel/number_text.h"
+#include "panel/panel_texts.h"
+#include "platform/file.h"
+#include "platform/message_box.h"
+#include "platform/whole_file.h"
+
+namespace opane {
+namespace {
+
+constexpr std::size_t kBlockBytes = 128;  // the most that one command takes
+constexpr std::size_t kLineBytes = 16;    // of a text
+constexpr auto kLineEnd = "\r\n";
+constexpr std::int16_t kLargestNumber = 0x7FFF;  // of a typed base address or length
+
+struct Eeprom {
+    std::string name;
+    std::size_t blocks;
+    bool (clsOPane::*read)(std::int16_t intBaseAdress, std::int16_t intLengthOfData, ByteArray& arrbytReturnedData);
+    bool (clsOPane::*write)(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
+                            const ByteArray& arrbytDataToWrite);
+};
+
+const Eeprom kUser{"User EEPROM", 4, &clsOPane::OPaneCmd_ReadEEPROMUser, &clsOPane::OPaneCmd_WriteEEPROMUser};
+const Eeprom kSystem{"System EEPROM", 8, &clsOPane::OPaneCmd_ReadEEPROMSystem, &clsOPane::OPaneCmd_WriteEEPROMSystem};
+
+const Eeprom& chosenEeprom(const frmOPane& form) {
+    return form.optEEPROMType.selected() == 0 ? kUser : kSystem;
+}
+
+/// Reads a range. What comes short of its length counts as not read, what is beyond it is dropped.
+std::optional<ByteArray> readRange(clsOPane& link, const Eeprom& eeprom, std::int16_t base, std::int16_t length) {
+    ByteArray bytes;
+    if (!(link.*eeprom.read)(base, length, bytes) || bytes.size() < static_cast<std::size_t>(length))
+        return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(length));
+    return bytes;
+}
+
+/// What came of the blocks of an EEPROM, one after the other.
+struct BlockResults {
+    std::size_t good = 0;
+    bool last = false;  // result of the last block; false when the operator has cancelled
+};
+
+/// Does something to every block, whatever came of the ones before it, until the operator cancels.
+/// @param atBlock  its argument is the block's base address, its result whether it succeeded
+template <class AtBlock>
+BlockResults forEachBlock(window::Form& form, const Eeprom& eeprom, const char* what, AtBlock atBlock) {
+    window::LongWork work(form, what + eeprom.name, static_cast<int>(eeprom.blocks));
+    BlockResults results;
+    for (std::size_t block = 0; block < eeprom.blocks; ++block) {
+        if (!work.advance(static_cast<int>(block))) {
+            results.last = false;
+            break;
+        }
+        results.last = atBlock(static_cast<std::int16_t>(block * kBlockBytes));
+        results.good += results.last ? 1 : 0;
+    }
+    return results;
+}
+
+std::string dumpLines(const std::optional<ByteArray>& block) {
+    std::string text;
+    for (std::size_t i = 0; i < kBlockBytes; ++i) {
+        text += block ? hexByteText((*block)[i]) : "--";
+        text += ' ';
+        if (i % kLineBytes == kLineBytes - 1)
+            text += kLineEnd;
+    }
+    return text;
+}
+
+std::string rangeText(const ByteArray& bytes) {
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i != 0 && i % kLineBytes == 0)
+            text += kLineEnd;
+        text += hexByteText(bytes[i]);
+    }
+    return text;
+}
+
+struct Range {
+    std::int16_t base;
+    std::int16_t length;
+};
+
+/// The range that is typed; nothing when it is refused. Whether it lies in the EEPROM, the command decides.
+std::optional<Range> typedRange(const frmOPane& form) {
+    const std::string& base = form.txtEEPROMBaseAdress.text();
+    const std::string& length = form.txtEEPROMLength.text();
+    const auto baseNumber = hexNumber(base, kLargestNumber);
+    const auto lengthNumber = hexNumber(length, kLargestNumber);
+    if (base.empty() || length.empty())
+        panel::refuse(panel_texts::kRangeEmpty, panel_texts::kEepromTitle);
+    else if (!baseNumber)
+        panel::refuse(panel_texts::kBaseNumber, panel_texts::kEepromTitle);
+    else if (!lengthNumber)
+        panel::refuse(panel_texts::kLengthNumber, panel_texts::kEepromTitle);
+    else
+        return Range{*baseNumber, *lengthNumber};
+    return std::nullopt;
+}
+
+}  // namespace
+
+void frmOPane::cmdReadAllEEPROM_Click() {
+    const panel::Link link;
+    const Eeprom& eeprom = chosenEeprom(*this);
+    std::vector<std::optional<ByteArray>> blocks;
+    const BlockResults results = forEachBlock(*this, eeprom, "Reading the ", [&](std::int16_t base) {
+        blocks.push_back(readRange(*link, eeprom, base, kBlockBytes));
+        return blocks.back().has_value();
+    });
+    blocks.resize(eeprom.blocks);
+    std::string strDump;
+    for (const auto& block : blocks)
+        strDump += dumpLines(block);
+    txtEEPROMData.text(strDump);
+    DisplayCommandStatus(results.last);
+}
+
+void frmOPane::cmdSaveBINFile_Click() {
+    const panel::Link link;
+    std::string strFileName;
+    if (!link->SaveBINFile(strFileName)) {
+        DisplayCommandStatus(false);
+        return;
+    }
+    ByteArray image;
+    const BlockResults results = forEachBlock(*this, kSystem, "Saving the ", [&](std::int16_t base) {
+        const auto block = readRange(*link, kSystem, base, kBlockBytes);
+        if (block)
+            image.insert(image.end(), block->begin(), block->end());
+        return block.has_value();
+    });
+    if (results.good == kSystem.blocks)
+        writeWholeFile(strFileName, image);
+    else
+        panel::refuse(panel_texts::kNothingSaved, panel_texts::kEepromTitle);
+    DisplayCommandStatus(results.last);
+}
+
+void frmOPane::cmdWriteAllEEPROM_Click() {
+    const panel::Link link;
+    std::string strFileName;
+    if (!link->OpenBINFile(strFileName)) {
+        DisplayCommandStatus(false);
+        return;
+    }
+    constexpr std::size_t kImageBytes = 1024;
+    const ByteArray image = readFile(strFileName, kImageBytes + 1);
+    if (image.size() != kImageBytes)
+        return panel::refuse(panel_texts::kImageSize, panel_texts::kEepromTitle);
+    const BlockResults results = forEachBlock(*this, kSystem, "Writing the ", [&](std::int16_t base) {
+        const auto block = image.begin() + base;
+        return (*link.*kSystem.write)(base, kBlockBytes, ByteArray(block, block + kBlockBytes));
+    });
+    if (results.good != kSystem.blocks)
+        panel::refuse(("Only " + std::to_string(results.good) + " of " + std::to_string(kSystem.blocks) +
+                       " blocks of the System EEPROM were written.")
+                          .c_str(),
+                      panel_texts::kEepromTitle);
+    DisplayCommandStatus(results.last);
+}
+
+void frmOPane::cmdReadEEPROM_Click() {
+    const auto range = typedRange(*this);
+    if (!range)
+        return;
+    const auto bytes = readRange(*panel::Link(), chosenEeprom(*this), range->base, range->length);
+    if (bytes)
+        txtEEPROMDataSmall.text(rangeText(*bytes));
+    DisplayCommandStatus(bytes.has_value());
+}
+
+void frmOPane::cmdWriteEEPROM_Click() {
+    const auto range = typedRange(*this);
+    if (!range)
+        return;
+    const std::string& text = txtEEPROMDataSmall.text();
+    if (characterCount(text) != 2 * static_cast<std::size_t>(range->length))
+        return panel::refuse(panel_texts::kDataLength, panel_texts::kEepromTitle);
+    const auto data = hexBytes(text);
+    if (!data)
+        return panel::refuse(panel_texts::kDataDigits, panel_texts::kEepromTitle);
+    DisplayCommandStatus((*panel::Link().*chosenEeprom(*this).write)(range->base, range->length, *data));
+}
+
+void frmOPane::cmdEEPROMClearText_Click() {
+    txtEEPROMDataSmall.text("");
+}
+
+}  // namespace opane

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "panel/frmOPane.h"
+#include "panel/number_text.h"
+#include "support/bench.h"
+
+namespace opane::test {
+
+/// The loaded panel on a line in memory, with message boxes and file dialogs that are recorded and answered.
+class PanelBench : public Bench {
+public:
+    explicit PanelBench(simulator::ModuleOptions options = {}) : Bench(std::move(options)) {
+        services->messageBox = [this](const std::string& text, const std::string& title, MessageBoxButtons buttons) {
+            boxes.push_back(title + "|" + text + (buttons == MessageBoxButtons::okCancel ? "|Cancel" : ""));
+            return answer;
+        };
+        services->fileDialog = [this](const FileDialogRequest& request) {
+            dialogs.push_back(request.title);
+            return chosenFile;
+        };
+        panel.load();
+    }
+
+    void synchronize() {
+        panel.cmdSynchronize.click();
+        ASSERT_EQ(panel.txtSystemStatus.text(), "System Synchronized");
+    }
+
+    /// Presses the button of that name.
+    void click(const std::string& name) { dynamic_cast<window::CommandButton&>(*panel.find(name)).click(); }
+    void type(const std::string& name, const std::string& text) { box(name).userTypes(text); }
+    std::string text(const std::string& name) { return box(name).text(); }
+    std::string status() { return panel.txtCommandStatus.text(); }
+    bool pagesShown() { return panel.FrameSSTab.visible(); }
+
+    /// What the module has heard since the last call, a frame each: the type, Aux1, Aux2 and the data in hexadecimal.
+    std::vector<std::string> sent() {
+        std::vector<std::string> texts;
+        for (; framesSeen_ < module.frames().size(); ++framesSeen_) {
+            const auto& frame = module.frames()[framesSeen_];
+            std::string text = hexByteText(frame[5]) + " " + hexByteText(frame[3]) + hexByteText(frame[4]) + " ";
+            for (std::size_t i = 6; i + 1 < frame.size(); ++i)
+                text += hexByteText(frame[i]);
+            texts.push_back(text);
+        }
+        return texts;
+    }
+
+    /// What has been shown since the last call, "title|text", with "|Cancel" when it has that button too.
+    std::vector<std::string> shown() { return std::exchange(boxes, {}); }
+
+    /// The module refuses one command, which is tried five times, after that many good ones.
+    void refuseCommand(std::size_t after) {
+        module.fault({.fault = simulator::Fault::typeZero, .count = 5, .after = after});
+    }
+
+    MessageBoxAnswer answer = MessageBoxAnswer::ok;
+    std::optional<std::string> chosenFile;
+    std::vector<std::string> boxes;
+    std::vector<std::string> dialogs;
+    frmOPane panel;
+
+private:
+    window::TextBox& box(const std::string& name) { return dynamic_cast<window::TextBox&>(*panel.find(name)); }
+
+    std::size_t framesSeen_ = 0;
+};
+
+/// The same, synchronised over the defaults.
+class SynchronizedPanel : public PanelBench {
+public:
+    explicit SynchronizedPanel(simulator::ModuleOptions options = {}) : PanelBench(std::move(options)) {
+        synchronize();
+    }
+};
+
+}  // namespace opane::test
