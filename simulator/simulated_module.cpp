@@ -32,7 +32,7 @@ ModuleState stateFrom(const ModuleOptions& options) {
 
 }  // namespace
 
-SimulatedModule::SimulatedModule(ModuleOptions options)
+SimulatedModule::SimulatedModule(const ModuleOptions& options)
     : state_(stateFrom(options)), hostBaudRate_(options.baudRate), line_(options.pace), drifts_(options.drift) {}
 
 void SimulatedModule::receive(std::span<const std::uint8_t> bytes, Micros now) {

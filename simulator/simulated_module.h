@@ -35,7 +35,7 @@ class SimulatedModule {
 public:
     /// The host's port starts at the module's own speed.
     /// @throws std::invalid_argument when an option is out of its range
-    explicit SimulatedModule(ModuleOptions options = {});
+    explicit SimulatedModule(const ModuleOptions& options = {});
 
     /// The speed the host's port is set to. While it differs from the module's, both hear noise: never the byte that
     /// was sent, and the same in every run.

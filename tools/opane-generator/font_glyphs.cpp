@@ -22,7 +22,7 @@ constexpr std::uint8_t kHyphen = 0x2D;
 constexpr std::uint8_t kNoBreakSpace = 0xA0;
 constexpr std::uint8_t kSoftHyphen = 0xAD;
 
-constexpr std::size_t kLargestFontBytes = 64U * 1024 * 1024;
+constexpr std::size_t kLargestFontBytes = std::size_t{64} * 1024 * 1024;
 
 // Tried for an outline font: below, no letter can be told from another; above, none fits 8 rows.
 constexpr int kSmallestPixelSize = 5;

@@ -34,6 +34,7 @@ After the fault unplug, SIGUSR1 plugs it in again; the new device is the next li
 
 std::vector<simulator::FaultOrder> faultOrders(const std::vector<std::string>& texts) {
     std::vector<simulator::FaultOrder> orders;
+    orders.reserve(texts.size());
     for (const auto& text : texts)
         orders.push_back(simulator::faultOrder(text));
     return orders;
