@@ -30,7 +30,7 @@ void check(const TextOptions& options) {
     if (codes.empty())
         throw InputError("the text is empty; expected at least one character");
     const int firstPixel = kGlyphColumns * options.column + options.preGap;
-    const auto pixels = kGlyphColumns * codes.size();
+    const int pixels = kGlyphColumns * static_cast<int>(codes.size());
     if (firstPixel < 0)
         throw InputError("the text begins at pixel column " + std::to_string(firstPixel) +
                          " (6 x column + gap); the screen begins at 0");

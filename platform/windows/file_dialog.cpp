@@ -1,0 +1,55 @@
+#include "platform/file_dialog.h"
+
+#include <algorithm>
+
+#include "platform/windows/desktop.h"
+#include "platform/windows/system_text.h"
+// After windows.h, which it needs.
+#include <commdlg.h>
+
+namespace opane {
+namespace {
+
+constexpr std::size_t kLongestPath = 32768;  // UTF-16 units, the system's own limit
+
+/// "description|pattern" as the system takes it: each part ended by a zero, and all by one more.
+std::wstring systemFilter(const std::string& filter) {
+    std::wstring parts = wideText(filter);
+    std::replace(parts.begin(), parts.end(), L'|', L'\0');
+    return parts + L'\0';  // and the string's own
+}
+
+/// Without its folder, which would win against the one where the dialog is to start.
+std::wstring nameOnly(const std::string& path) {
+    return wideText(path.substr(path.find_last_of("\\/:") + 1));
+}
+
+}  // namespace
+
+std::optional<std::string> systemFileDialog(const FileDialogRequest& request) {
+    if (!hasVisibleDesktop())
+        return std::nullopt;
+    const std::wstring title = wideText(request.title);
+    const std::wstring folder = wideText(request.folder);
+    const std::wstring filter = systemFilter(request.filter);
+    std::wstring name = nameOnly(request.suggestion);
+    name.resize(kLongestPath);
+
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    dialog.hwndOwner = GetActiveWindow();
+    dialog.lpstrTitle = request.title.empty() ? nullptr : title.c_str();
+    dialog.lpstrInitialDir = request.folder.empty() ? nullptr : folder.c_str();
+    dialog.lpstrFilter = request.filter.empty() ? nullptr : filter.c_str();
+    dialog.lpstrFile = name.data();
+    dialog.nMaxFile = static_cast<DWORD>(name.size());
+    dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
+    if (request.overwritePrompt)
+        dialog.Flags |= OFN_OVERWRITEPROMPT;
+
+    const bool chosen =
+        request.kind == FileDialogRequest::Kind::open ? GetOpenFileNameW(&dialog) != 0 : GetSaveFileNameW(&dialog) != 0;
+    return chosen ? std::optional(utf8Text(name.c_str())) : std::nullopt;
+}
+
+}  // namespace opane
