@@ -170,6 +170,12 @@ void frmOPane::showNotSynchronized() {
     txtComPortstatus.text("");
 }
 
+void frmOPane::startAgain() {
+    showNotSynchronized();
+    PrepareWindow(0);
+    showNotSynchronized();  // a default that the operator has just confirmed has cleared the boxes
+}
+
 Globals& frmOPane::globals() const {
     if (!holder_)
         throw RuntimeError(ErrorNumber::objectNotSet, "the window has been unloaded");

@@ -39,6 +39,7 @@ private:
     void showBaudrate(const clsOPane& link);
     void showSynchronized(const std::string& portPrefix);
     void showNotSynchronized();
+    void startAgain();
     Globals& globals() const;
 
     void cmbBusType_Click();

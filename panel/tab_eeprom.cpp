@@ -46,6 +46,7 @@ std::optional<ByteArray> readRange(clsOPane& link, const Eeprom& eeprom, std::in
 struct BlockResults {
     std::size_t good = 0;
     bool last = false;  // result of the last block; false when the operator has cancelled
+    bool cancelled = false;
 };
 
 /// Does something to every block, whatever came of the ones before it, until the operator cancels.
@@ -55,13 +56,13 @@ BlockResults forEachBlock(window::Form& form, const Eeprom& eeprom, const char* 
     window::LongWork work(form, what + eeprom.name, static_cast<int>(eeprom.blocks));
     BlockResults results;
     for (std::size_t block = 0; block < eeprom.blocks; ++block) {
-        if (!work.advance(static_cast<int>(block))) {
-            results.last = false;
+        if (!work.advance(static_cast<int>(block)))
             break;
-        }
         results.last = atBlock(static_cast<std::int16_t>(block * kBlockBytes));
         results.good += results.last ? 1 : 0;
     }
+    results.cancelled = !work.advance(static_cast<int>(eeprom.blocks));
+    results.last = results.last && !results.cancelled;
     return results;
 }
 
@@ -140,7 +141,7 @@ void frmOPane::cmdSaveBINFile_Click() {
             image.insert(image.end(), block->begin(), block->end());
         return block.has_value();
     });
-    if (results.good == kSystem.blocks)
+    if (results.good == kSystem.blocks && !results.cancelled)
         writeWholeFile(strFileName, image);
     else
         panel::refuse(panel_texts::kNothingSaved, panel_texts::kEepromTitle);

@@ -25,8 +25,7 @@ void frmOPane::cmdChangeBaudrate_Click() {
     if (panel::Link()->OPaneCmd_RS232Baudrate(std::stoi(cmbBaudrate.text()), kQuartzType)) {
         showSynchronized("");
     } else {
-        showNotSynchronized();
-        PrepareWindow(0);
+        startAgain();
     }
 }
 
@@ -36,8 +35,7 @@ void frmOPane::cmdResetModule_Click() {
         cmbBaudrate.select(kIndexOf9600);
         DisplayCommandStatus(true);
     } else {
-        showNotSynchronized();
-        PrepareWindow(0);
+        startAgain();
     }
 }
 

@@ -108,7 +108,9 @@ bool OptionButton::selected() const {
 
 void OptionButton::click() {
     if (takesInput(Change::selection))
-        group_.select(index_);
+        return group_.select(index_);
+    for (const OptionButton& other : group_.buttons_)
+        other.changed(Change::selection);  // a view's widgets may have let go of the selected one
 }
 
 OptionGroup::OptionGroup(Container& container, const std::string& name, const std::vector<std::string>& captions,

@@ -38,22 +38,6 @@ void turn(ScreenImage& image) {
     }
 }
 
-struct Colour {
-    std::uint8_t red;
-    std::uint8_t green;
-    std::uint8_t blue;
-};
-constexpr Colour kInk{18, 22, 30};
-
-// From the grey of an unlit display to full red, green or, with both, yellow: always light enough to read dark on it.
-Colour background(BacklightLevels backlight) {
-    const auto blend = [](int unlit, int lit, int level) {
-        return static_cast<std::uint8_t>(unlit + (lit - unlit) * level / 255);
-    };
-    return {blend(140, 255, backlight.red), blend(148, 240, backlight.green),
-            blend(136, 40, std::max(backlight.red, backlight.green))};
-}
-
 std::vector<std::uint8_t> colourIndices(const ScreenImage& shown) {
     std::vector<std::uint8_t> indices;
     indices.reserve(std::size_t{kScreenWidth} * kScreenHeight * kPictureScale * kPictureScale);
@@ -96,6 +80,14 @@ std::string halfBlocks(const ScreenImage& shown) {
 BacklightLevels backlightLevels(const ModuleState& state) {
     constexpr std::size_t kPhysicalRegister = 0;
     return {state.red[kPhysicalRegister], state.green[kPhysicalRegister]};
+}
+
+Colour background(BacklightLevels backlight) {
+    const auto blend = [](int unlit, int lit, int level) {
+        return static_cast<std::uint8_t>(unlit + (lit - unlit) * level / 255);
+    };
+    return {blend(140, 255, backlight.red), blend(148, 240, backlight.green),
+            blend(136, 40, std::max(backlight.red, backlight.green))};
 }
 
 void writePng(const std::string& path, const ScreenImage& shown, BacklightLevels backlight) {

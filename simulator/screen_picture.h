@@ -23,6 +23,17 @@ struct BacklightLevels {
 };
 BacklightLevels backlightLevels(const ModuleState& state);
 
+struct Colour {
+    std::uint8_t red;
+    std::uint8_t green;
+    std::uint8_t blue;
+};
+inline constexpr Colour kInk{18, 22, 30};  ///< of a dark pixel
+
+/// What is behind the pixels: from the grey of an unlit display to full red, green or, with both, yellow; always light
+/// enough to read dark on it.
+Colour background(BacklightLevels backlight);
+
 inline constexpr int kPictureScale = 4;  ///< picture pixels for a screen pixel, both ways
 
 /// Writes a PNG of 480 x 256 pixels: dark pixels on a background of the backlight's colour, grey when it is off. The

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "panel/frmOPane.h"
+#include "platform/qt/form_view.h"
+#include "platform/qt/host_services.h"
+#include "simulator/served_module.h"
+
+namespace opane::test {
+
+/// A tenth of the system's time, so that a busy machine answers in time. Where a wait does nothing else, it is over at
+/// once. It can be told to leap over every time-out, so that nobody waits for a silent module.
+class PatientTime final : public TickCounter {
+public:
+    std::uint32_t now() override {
+        constexpr std::uint32_t kLongestTimeoutMs = 1000;
+        if (leaps)
+            leapt_ += kLongestTimeoutMs + 1;
+        return (systemTickCounter().now() - start_) / 10 + leapt_;
+    }
+    void pause() override { leapt_ += 100; }
+    bool leaps = false;
+
+private:
+    std::uint32_t start_ = systemTickCounter().now();
+    std::uint32_t leapt_ = 0;
+};
+
+/// The panel in a real window, on a simulated module behind a pseudo-terminal that is COM 1. Widgets are reached by the
+/// names of their controls, as a person reaches them: on their page.
+class PanelWindow {
+public:
+    PanelWindow() {
+        services->tickCounter = &time;
+        services->portMap = [this](std::int16_t port) { return port == 1 ? module.devicePath() : std::string(); };
+        host.parent(&view);
+        form.load();
+        view.show();
+    }
+
+    template <class Widget>
+    Widget& at(const char* name) {
+        auto* const found = view.findChild<Widget*>(name);
+        if (found == nullptr)
+            throw std::runtime_error(std::string("the window has no such widget as ") + name);
+        for (QWidget* widget = found; widget != nullptr; widget = widget->parentWidget())
+            if (widget->objectName().startsWith(QStringLiteral("SSTab(")))
+                tabs().setCurrentWidget(widget);
+        return *found;
+    }
+    QTabWidget& tabs() { return *view.findChild<QTabWidget*>("SSTab"); }
+
+    void click(const char* name) {
+        // A radio button reacts to its indicator and its text, which need not be as wide as it is.
+        auto& button = at<QAbstractButton>(name);
+        QTest::mouseClick(&button, Qt::LeftButton, {}, QPoint(10, button.height() / 2));
+    }
+    void type(const char* name, const char* text) {
+        auto& box = at<QWidget>(name);
+        QTest::keyClick(&box, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(&box, Qt::Key_Delete);
+        QTest::keyClicks(&box, QString::fromUtf8(text));
+    }
+    void choose(const char* name, const char* entry) {
+        auto& list = at<QComboBox>(name);
+        list.showPopup();
+        list.view()->setCurrentIndex(list.model()->index(list.findText(QString::fromUtf8(entry)), 0));
+        QTest::keyClick(list.view(), Qt::Key_Return);
+    }
+    std::string text(const char* name) {
+        auto* const found = view.findChild<QWidget*>(name);
+        if (const auto* const lines = qobject_cast<QPlainTextEdit*>(found))
+            return lines->toPlainText().toStdString();
+        if (const auto* const list = qobject_cast<QComboBox*>(found))
+            return list->currentText().toStdString();
+        return at<QLineEdit>(name).text().toStdString();
+    }
+    bool showsTabs() const { return view.findChild<QWidget*>("FrameSSTab")->isVisible(); }
+
+    /// Does something in the middle of the next command: while the module's answer is waited for.
+    void during(std::function<void()> action) {
+        auto* const timer = new QTimer(&view);
+        QObject::connect(timer, &QTimer::timeout, timer, [this, timer, action = std::move(action), before = frames()] {
+            if (frames() == before)
+                return;
+            timer->stop();
+            action();
+        });
+        timer->start(0);
+    }
+    /// How many frames the module has heard.
+    std::size_t frames() {
+        return module.withModule([](const simulator::SimulatedModule& heard) { return heard.frames().size(); });
+    }
+
+    simulator::ServedModule module;
+    PatientTime time;
+    qt::HostServices host;
+    ServicesScope services;
+    frmOPane form;
+    qt::FormView view{form};
+};
+
+/// Answers every message box while it lives, with OK unless told otherwise, and keeps what they said. A box without
+/// that button is answered with its first one.
+class BoxAnswers {
+public:
+    BoxAnswers() {
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { answer(); });
+        timer_.start(0);
+    }
+
+    QMessageBox::StandardButton button = QMessageBox::Ok;
+    std::vector<std::string> titles;
+    std::vector<std::string> texts;
+    std::function<void(QMessageBox&)> look;  ///< before it is answered; may answer it itself
+
+private:
+    void answer() {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr || !box->isVisible())
+            return;
+        titles.push_back(box->windowTitle().toStdString());
+        texts.push_back(box->text().toStdString());
+        if (look)
+            look(*box);
+        if (!box->isVisible())
+            return;
+        QAbstractButton* const wanted = box->button(button);
+        QTest::mouseClick(wanted != nullptr ? wanted : box->buttons().constFirst(), Qt::LeftButton);
+    }
+
+    QTimer timer_;
+};
+
+}  // namespace opane::test

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "platform/qt/theme.h"
+
+namespace opane::panel_tool {
+
+struct Arguments {
+    std::array<std::string, 2> devices;  ///< of COM 1 and COM 2; empty: not told
+    bool simulate = false;
+    std::optional<std::int16_t> logLevel;  ///< nothing: what the environment says
+    std::string logFolder;                 ///< empty: the library's own
+    qt::Theme theme = qt::Theme::system;
+
+    /// Whether it is told where the ports are, so that the system's are none of ours.
+    bool hidesOtherPorts() const { return simulate || !devices[0].empty() || !devices[1].empty(); }
+};
+
+/// The exit status of a command line that only asked for help (0), or was wrong (2).
+struct Exit {
+    int status = 0;
+};
+
+/// Reads the command line. Prints the help to standard output, or what is wrong to standard error.
+std::variant<Arguments, Exit> readArguments(int argc, char** argv);
+
+}  // namespace opane::panel_tool
