@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-// Every test starts in the same surroundings: dates and times of the C locale, no log, nobody's registry, and no port of
-// this machine, as a new object opens port 1 and that may be somebody's console.
+// Every test starts in the same surroundings: dates and times of the C locale, no log, nobody's registry, and no port
+// of this machine, as a new object opens port 1 and that may be somebody's console.
 int main(int argc, char** argv) {
     setenv("LC_ALL", "C", 1);
     for (int port = 1; port <= 16; ++port)
