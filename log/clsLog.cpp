@@ -1,10 +1,10 @@
 #include "log/clsLog.h"
 
+#include <array>
 #include <cstddef>
-#include <cstdlib>
-#include <string_view>
 
 #include "log/log_line.h"
+#include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/folders.h"
 #include "platform/services.h"
@@ -16,17 +16,20 @@ namespace {
 constexpr std::size_t kProcedureWidth = 20;  // characters
 constexpr std::size_t kMessageWidth = 70;    // characters
 
-std::string_view environment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : std::string_view();
+bool isSameSecond(const std::tm& one, const std::tm& other) {
+    const auto fields = [](const std::tm& moment) {
+        return std::array{moment.tm_sec,  moment.tm_min,  moment.tm_hour, moment.tm_mday, moment.tm_mon,
+                          moment.tm_year, moment.tm_wday, moment.tm_yday, moment.tm_isdst};
+    };
+    return fields(one) == fields(other);
 }
 
 }  // namespace
 
-clsLog::clsLog() : testeurName_(environment("OPANE_LOG_TESTER")), writer_(std::make_unique<FileLineWriter>()) {
-    const std::string_view folder = environment("OPANE_LOG_FOLDER");
-    LogFolder(folder.empty() ? libraryFolder() + kPathSeparator + "log" : std::string(folder));
-    const std::string_view level = environment("OPANE_LOG_LEVEL");
+clsLog::clsLog() : testeurName_(environmentText("OPANE_LOG_TESTER")), writer_(std::make_unique<FileLineWriter>()) {
+    const std::string folder = environmentText("OPANE_LOG_FOLDER");
+    LogFolder(folder.empty() ? libraryFolder() + kPathSeparator + "log" : folder);
+    const std::string level = environmentText("OPANE_LOG_LEVEL");
     if (level.size() == 1 && level.front() >= '0' && level.front() <= '3')
         logLevel_ = static_cast<std::int16_t>(level.front() - '0');
 }
@@ -36,9 +39,13 @@ void clsLog::LogEvent(std::string& strProcName, std::string& strdata, std::int16
     logFileName_ = logFileName(logFolder_, testeurName_, moment);
     if (intLogLevelOfData > logLevel_)
         return;
+    if (stamp_.empty() || !isSameSecond(moment, stampMoment_)) {
+        stamp_ = logStamp(moment);
+        stampMoment_ = moment;
+    }
     padRight(strProcName, kProcedureWidth);
     padRight(strdata, kMessageWidth);
-    writer_->write(logFileName_, logLine(moment, intLogLevelOfData, strdata, strProcName), intLogLevelOfData);
+    writer_->write(logFileName_, logLine(stamp_, intLogLevelOfData, strdata, strProcName), intLogLevelOfData);
 }
 
 void clsLog::LogFolder(const std::string& folder) {

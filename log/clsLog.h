@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <string>
 
@@ -47,6 +48,8 @@ private:
     std::string logFolder_;
     std::string testeurName_;
     std::int16_t logLevel_ = 0;
+    std::tm stampMoment_{};  // of stamp_: the locale is read from its files, which costs more than a line
+    std::string stamp_;
     std::unique_ptr<LineWriter> writer_;
 };
 

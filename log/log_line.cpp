@@ -12,11 +12,14 @@ std::string logFileName(const std::string& folder, const std::string& testeurNam
     return folder + testeurName + date;
 }
 
-std::string logLine(const std::tm& moment, std::int16_t level, const std::string& message,
+std::string logStamp(const std::tm& moment) {
+    return shortDateText(moment) + ' ' + timeText(moment);
+}
+
+std::string logLine(const std::string& stamp, std::int16_t level, const std::string& message,
                     const std::string& procedureName) {
     const char* const indentation = level == 2 ? "  " : level == 3 ? "    " : "";
-    return shortDateText(moment) + ' ' + timeText(moment) + " Level" + std::to_string(level) + ' ' + indentation +
-           message + procedureName + "\r\n";
+    return stamp + " Level" + std::to_string(level) + ' ' + indentation + message + procedureName + "\r\n";
 }
 
 }  // namespace opane

@@ -11,8 +11,11 @@ namespace opane {
 /// The name of the file of a day: folder, tester name, "_", the date as mm-dd-yy, ".LOG".
 std::string logFileName(const std::string& folder, const std::string& testeurName, const std::tm& moment);
 
+/// The date and the time that a line begins with, as the user's locale has them.
+std::string logStamp(const std::tm& moment);
+
 /// One line with its line end. The message and the procedure name come padded.
-std::string logLine(const std::tm& moment, std::int16_t level, const std::string& message,
+std::string logLine(const std::string& stamp, std::int16_t level, const std::string& message,
                     const std::string& procedureName);
 
 }  // namespace opane

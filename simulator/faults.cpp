@@ -23,6 +23,7 @@ struct FaultRow {
 };
 
 constexpr int kMostCounted = 999'999;
+constexpr std::size_t kLongestOrder = 64;  // characters; the grammar's matcher takes stack for each of them
 
 constexpr FaultRow kFaults[] = {
     {Fault::ignore, "ignore", Colon::count, 1, kMostCounted, 1, false, "N requests go unheard and unanswered"},
@@ -60,7 +61,7 @@ int numberBehindColon(const FaultRow& row, int value) {
 FaultOrder parsed(const std::string& text) {
     static const std::regex kGrammar("([a-z-]+?)(?::([0-9]{1,6}))?(?:@(h?)([0-9]{1,6}))?(?:x([0-9]{1,6}|all))?");
     std::smatch part;
-    if (!std::regex_match(text, part, kGrammar))
+    if (text.size() > kLongestOrder || !std::regex_match(text, part, kGrammar))
         throw std::invalid_argument("expected NAME[:NUMBER][@AFTER][xCOUNT]");
     const auto row = std::ranges::find(kFaults, part.str(1), &FaultRow::name);
     if (row == std::end(kFaults)) {

@@ -8,7 +8,8 @@
 namespace opane::simulator {
 namespace {
 
-constexpr int kMostValue = 65'535;  // two bytes in the answer
+constexpr int kMostValue = 65'535;         // two bytes in the answer
+constexpr std::size_t kLongestOrder = 64;  // characters; the grammar's matcher takes stack for each of them
 
 struct Reading {
     std::string_view name;
@@ -61,7 +62,8 @@ void setReading(ModuleState& state, std::string_view order) {
     const std::string text(order);
     try {
         std::smatch part;
-        if (!std::regex_match(text, part, kGrammar) || std::stoi(part.str(2)) > kMostValue)
+        if (text.size() > kLongestOrder || !std::regex_match(text, part, kGrammar) ||
+            std::stoi(part.str(2)) > kMostValue)
             throw std::invalid_argument("expected NAME=VALUE, with a value of 0 to " + std::to_string(kMostValue));
         readingOf(state, part.str(1)) = static_cast<std::uint16_t>(std::stoi(part.str(2)));
     } catch (const std::invalid_argument& error) {

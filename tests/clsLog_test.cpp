@@ -89,6 +89,19 @@ TEST_F(Log, ANewDayBeginsANewFileAndAnOldOneGrows) {
     EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 2);
 }
 
+TEST_F(Log, EveryLineHasItsOwnTime) {
+    log.LogLevel(2);
+    for (const int second : {7, 8, 8, 7}) {
+        now.tm_sec = second;
+        event("p", "m", 2);
+    }
+    const std::string lines = contentOf(folder / "_01-05-02.LOG");
+    std::string seconds;
+    for (auto at = lines.find("09:05:"); at != std::string::npos; at = lines.find("09:05:", at + 1))
+        seconds += lines.substr(at + 6, 2);
+    EXPECT_EQ(seconds, "07080807");
+}
+
 TEST_F(Log, AFolderThatIsMissingIsAnErrorAndIsNotMade) {
     log.LogLevel(2);
     log.LogFolder(folder / "none");

@@ -58,6 +58,13 @@ TEST(PortSettings, AMissingPortLeavesItClosedAndTheNumberStored) {
     EXPECT_TRUE(link.SendSynchronizeCharacter(3));
 }
 
+TEST(Link, ACommandWithoutALogIsRefusedBeforeAnythingIsSent) {
+    LinkBench bench;
+    bench.holder.globals().gobjLog.reset();
+    EXPECT_EQ(raisedNumber([&] { bench.link().OPaneCmd_Clear(0); }), 91);
+    EXPECT_TRUE(bench.module.frames().empty());
+}
+
 TEST(PortSettings, ADestroyedLinkClosesItsPort) {
     Bench bench;
     auto link = clsOPane::create();

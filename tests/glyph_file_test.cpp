@@ -81,6 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ColumnCase{"string_plus_7", {8, 0, 2, 0, '+', '7'}, 7, kOverflow},
                     ColumnCase{"string_plus_minus_7", {8, 0, 3, 0, '+', '-', '7'}, kTypeMismatch, kTypeMismatch},
                     ColumnCase{"string_word", {8, 0, 2, 0, '6', 'x'}, kTypeMismatch, kTypeMismatch},
+                    ColumnCase{"string_huge", {8, 0, 5, 0, '1', 'e', '9', '9', '9'}, kOverflow, kOverflow},
                     ColumnCase{"string_empty", {8, 0, 0, 0}, kTypeMismatch, kTypeMismatch},
                     ColumnCase{"false", {11, 0, 0, 0}, 0, 255}, ColumnCase{"true", {11, 0, 0xFF, 0xFF}, 255, 0},
                     ColumnCase{"byte_0", {17, 0, 0}, 0, 255}, ColumnCase{"byte_124", {17, 0, 0x7C}, 0x7C, 0x83},
@@ -115,6 +116,7 @@ TEST(GlyphFile, AShortFileHasTheCodesThatItHas) {
     EXPECT_TRUE(file.has('A'));
     EXPECT_FALSE(file.has('B'));
     EXPECT_EQ(file.count(), 66);
+    EXPECT_EQ(raisedNumber([&] { file.column('B', 0, false); }), 9);
     EXPECT_EQ(GlyphFile::parse({}, "test").count(), 0);
 }
 

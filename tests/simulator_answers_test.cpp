@@ -204,6 +204,7 @@ TEST(Readings, are_set_by_name) {
         } catch (const std::invalid_argument& error) {
             EXPECT_EQ(std::string(error.what()).find("reading \"" + order + "\": "), 0U) << error.what();
         }
+    EXPECT_THROW(setReading(state, std::string(200'000, 'a') + "=1"), std::invalid_argument) << "of any length";
 }
 
 // Luminosity, 564 +- 60 in 40 s, and Vlcd, here at 1, +- 3 in 200 s, from the first byte heard on.

@@ -151,6 +151,7 @@ TEST(FaultOrder, is_refused_by_its_name) {
         } catch (const std::invalid_argument& error) {
             EXPECT_EQ(std::string(error.what()).find("fault \"" + order + "\": "), 0U) << error.what();
         }
+    EXPECT_THROW(faultOrder(std::string(200'000, 'a')), std::invalid_argument) << "of any length";
     SimulatedModule module;
     EXPECT_THROW(module.fault({.fault = Fault::aux, .parameter = 0}), std::invalid_argument);
     EXPECT_THROW(module.fault({.fault = Fault::ignore, .parameter = 1}), std::invalid_argument);
