@@ -1,0 +1,104 @@
+// What a module, or anything else at the other end of the line, says to one exchange: any bytes at any time. A referee
+// that knows only the wire says what must come of them.
+//
+// Input: flags (bit 0: RS485; bits 1 and 2: the time-out), type, Leng; then for each write of the host how many bytes
+// come back (0..255), when the first of them comes, in hundredths of the time-out of 1 s, and the bytes.
+
+#include <deque>
+
+#include "fuzz_input.h"
+#include "link/clsOPane.h"
+#include "platform/services.h"
+#include "require.h"
+#include "shared/mdlConstantes.h"
+#include "support/bench.h"
+#include "support/campaign/bounds.h"
+#include "support/campaign/referee.h"
+
+namespace opane::fuzz {
+namespace {
+
+using namespace opane::test;
+using namespace opane::test::campaign;
+
+class AnyPeer final : public Peer {
+public:
+    explicit AnyPeer(Input& input) : input_(input) {}
+
+    void receive(std::span<const std::uint8_t>, Micros now) override {
+        const std::size_t count = input_.byte();
+        const Micros at = std::max(now + Micros{input_.byte()} * 10'000, arrivals.empty() ? 0 : arrivals.back().at);
+        for (const std::uint8_t byte : input_.bytes(count))
+            arrivals.push_back({at, byte});
+    }
+    ByteArray takeOutput(Micros now) override {
+        ByteArray arrived;
+        for (; next_ < arrivals.size() && arrivals[next_].at <= now; ++next_)
+            arrived.push_back(arrivals[next_].byte);
+        return arrived;
+    }
+    std::optional<Micros> nextOutputAt() const override {
+        return next_ < arrivals.size() ? std::optional(arrivals[next_].at) : std::nullopt;
+    }
+
+    std::vector<FaultyLine::Arrival> arrivals;
+
+private:
+    Input& input_;
+    std::size_t next_ = 0;
+};
+
+void tryExchange(Input input) {
+    const std::uint8_t flags = input.byte();
+    Request request;
+    request.type = input.byte();
+    request.length = input.byte();
+    request.data = ByteArray(request.length, 0x33);
+    constexpr std::array<std::int32_t, 4> kTimeouts{1000, 100, 0, 2500};
+
+    AnyPeer peer(input);
+    VirtualTime time;
+    MemoryLine line{time, &peer};
+    Watched watched;
+    std::vector<std::string> log;
+    ServicesScope services;
+    services->tickCounter = &time;
+    services->calendar = [] { return std::tm{}; };
+    services->makeSerialControl = [&] {
+        return watchedControl(std::make_unique<MemorySerialControl>(line), time, watched);
+    };
+    GlobalsHolder holder;
+    holder.globals().gobjOPane = clsOPane::create();
+    holder.globals().gobjLog = std::make_shared<clsLog>();
+    holder.globals().gobjLog->LogLevel(3);
+    holder.globals().gobjLog->writer(std::make_unique<RecordingWriter>(log));
+    clsOPane& link = *holder.globals().gobjOPane;
+    link.Initialize();
+    link.CommunicationType((flags & 1) != 0 ? "RS485" : "RS232");
+    link.Timeout(kTimeouts.at((flags >> 1) & 3U));
+
+    const LinkBefore before{(flags & 1) != 0, 3, link.Timeout(), time.micros, false};
+    Seen seen;
+    seen.infoBefore = {1, 2, 3};
+    seen.info = seen.infoBefore;
+    seen.result = link.SendDataAndReceiveResponse(request.length, 0, 0, request.type, request.data, seen.info);
+    seen.timeoutMs = link.Timeout();
+    seen.synchronized = link.IsSynchronized();
+    seen.endedAt = time.micros;
+    seen.log = log;
+    seen.writes = watched.writes;
+    seen.readSinceWrite = watched.readSinceWrite;
+    seen.goneBy = watched.goneBy;
+    const Judgement judgement = judge(request, before, peer.arrivals, seen);
+    require(judgement.verdict != Verdict::wrong, judgement.complaint);
+    require(time.since(before.at) <= static_cast<double>(longestExchange(before.timeoutMs, before.onBus)),
+            "it took too long");
+}
+
+}  // namespace
+}  // namespace opane::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    opane::fuzz::tryExchange(opane::fuzz::Input(data, size));
+    return 0;
+}
