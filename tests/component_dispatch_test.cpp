@@ -222,6 +222,7 @@ TEST_F(LateBound, RefusesWhatIsNoNumberAndSaysWhich) {
         {ofType(VT_BYREF | VT_VARIANT), E_POINTER, "is a null reference"},
         {variable(itself), DISP_E_BADVARTYPE, "expected a number"},
         {leftOut(), DISP_E_PARAMNOTOPTIONAL, "is left out"},
+        {ofType(VT_ERROR), DISP_E_TYPEMISMATCH, "is of variant type 10"},
     };
     const auto sent = [this] { return module.withModule([](auto& served) { return served.handshakes(); }); };
     const auto before = sent();
@@ -247,6 +248,9 @@ TEST_F(LateBound, RefusesCallsOfTheWrongShape) {
     EXPECT_EQ(invoke(kSynchronize, good, {}, DISPATCH_PROPERTYGET), DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(invoke(kSynchronize, good, {4}), DISP_E_PARAMNOTFOUND);
     EXPECT_EQ(invoke(kSynchronize, good, {0}), DISP_E_PARAMNOTFOUND);  // the first one twice
+    DISPPARAMS nothing{nullptr, nullptr, 4, 0};
+    EXPECT_EQ(object->Invoke(kSynchronize, IID_NULL, 0, DISPATCH_METHOD, &nothing, nullptr, nullptr, nullptr),
+              E_POINTER);
     EXPECT_EQ(object->Invoke(kSynchronize, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr),
               E_POINTER);
     EXPECT_EQ(status.iVal, 7);
@@ -280,6 +284,49 @@ TEST_F(LateBound, WritesBackIntoWhatTheCallerPassed) {
     IDispatch* none = nullptr;
     EXPECT_EQ(invoke(kReadIRLastKey, {number(0), ofType(VT_BYREF | VT_DISPATCH, static_cast<void*>(&none)), number(0)}),
               DISP_E_TYPEMISMATCH);
+}
+
+TEST_F(LateBound, WritesBackInTheTypeOfEachReference) {
+    module.withModule([](auto& served) { served.pressKey(7); });
+    for (const VARTYPE type :
+         {VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_INT, VT_UINT, VT_I8, VT_UI8, VT_R4, VT_R8}) {
+        std::uint64_t place = 0;
+        const VARIANT reference = ofType(static_cast<VARTYPE>(VT_BYREF | type), static_cast<void*>(&place));
+        ASSERT_EQ(invoke(kReadIRLastKey, {reference, number(0), number(0)}), S_OK) << type;
+        VARIANT read{};
+        ASSERT_EQ(VariantCopyInd(&read, &reference), S_OK) << type;
+        ASSERT_EQ(VariantChangeType(&read, &read, 0, VT_I4), S_OK) << type;
+        EXPECT_EQ(read.lVal, 7) << type;
+    }
+    VARIANT_BOOL truth = VARIANT_FALSE;
+    ASSERT_EQ(invoke(kReadIRLastKey, {ofType(VT_BYREF | VT_BOOL, static_cast<void*>(&truth)), number(0), number(0)}),
+              S_OK);
+    EXPECT_EQ(truth, VARIANT_TRUE);
+
+    module.withModule(
+        [](auto& served) { served.fault({.fault = simulator::Fault::typeZero, .count = simulator::kForEver}); });
+    std::uint8_t tooSmall = 5;  // for the -1 of a key that was not read
+    VARIANT status = number(7);
+    EXPECT_EQ(
+        invoke(kReadIRLastKey, {ofType(VT_BYREF | VT_UI1, static_cast<void*>(&tooSmall)), number(0), variable(status)}),
+        DISP_E_OVERFLOW);
+    EXPECT_EQ(argumentError, 2U);
+    EXPECT_EQ(tooSmall, 5);
+    EXPECT_EQ(status.iVal, 1);  // the others have got theirs
+}
+
+TEST_F(LateBound, SaysWhichInterfacesItHas) {
+    void* other = nullptr;
+    ASSERT_EQ(object->QueryInterface(IID_ISupportErrorInfo, &other), S_OK);
+    const Reference supports(static_cast<ISupportErrorInfo*>(other));
+    EXPECT_EQ(supports->InterfaceSupportsErrorInfo(IID__clsOPaneCommDLL), S_OK);
+    EXPECT_EQ(supports->InterfaceSupportsErrorInfo(IID_IUnknown), S_FALSE);
+    EXPECT_EQ(object->QueryInterface(IID_IErrorInfo, &other), E_NOINTERFACE);
+    EXPECT_EQ(other, nullptr);
+    EXPECT_EQ(object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+    ITypeInfo* description = nullptr;
+    EXPECT_EQ(object->GetTypeInfo(0, 0, &description), DISP_E_BADINDEX);  // there is no type library on this system
+    EXPECT_EQ(object->GetTypeInfo(0, 0, nullptr), E_POINTER);
 }
 
 TEST_F(LateBound, HandsAnErrorOverAsAnException) {
