@@ -34,6 +34,7 @@ double statusKiB(const std::string& process, const std::string& field) {
 /// Runs a program and looks at it at its very end: what the system says afterwards counts our own memory too.
 double peakKiB(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);

@@ -21,9 +21,11 @@ int explain(const char* call, HRESULT result) {
         info->GetDescription(&description);
         info->Release();
     }
-    std::printf("%s", description != nullptr ? ", " : "");
-    for (UINT i = 0; i < SysStringLen(description); ++i)
-        std::putchar(description[i] < 0x80 ? static_cast<char>(description[i]) : '?');
+    if (description != nullptr) {
+        std::printf(", ");
+        for (UINT i = 0; i < SysStringLen(description); ++i)
+            std::putchar(description[i] < 0x80 ? static_cast<char>(description[i]) : '?');
+    }
     std::putchar('\n');
     SysFreeString(description);
     return 3;
@@ -60,8 +62,10 @@ int drive(_clsOPaneCommDLL& module, BSTR text, BSTR generator) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3)
+    if (argc != 3) {
+        std::fputs("usage: component_host TEXT GENERATOR\n", stderr);
         return 2;
+    }
     CoInitialize(nullptr);
     CLSID identifier;
     HRESULT result = CLSIDFromProgID(OLESTR("OPaneCommDLL.clsOPaneCommDLL"), &identifier);

@@ -5,6 +5,8 @@ usage: component_host.py LIBRARY TEXT GENERATOR     LIBRARY: libopane-component.
 import ctypes as c
 import sys
 
+if len(sys.argv) != 4:
+    sys.exit(__doc__)
 runtime = c.CDLL(sys.argv[1])
 runtime.SysAllocStringLen.restype = c.c_void_p
 runtime.SysFreeString.argtypes = [c.c_void_p]

@@ -121,10 +121,10 @@ void frmOPane::afterError() {
     const auto link = globals().gobjOPane;
     if (link)
         link->Timeout(clsOPane::kUsualTimeoutMs);
-    if (link && link->IsOpen() && link->IsSynchronized()) {
+    if (FrameSSTab.visible())
         DisplayCommandStatus(false);
+    if (link && link->IsOpen() && link->IsSynchronized())
         return;
-    }
     PrepareWindow(2);
     showNotSynchronized();
     if (link && !link->IsOpen())

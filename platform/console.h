@@ -15,7 +15,7 @@ bool standardErrorIsTerminal();
 class Utf8Console {
 public:
     Utf8Console();
-    ~Utf8Console();
+    ~Utf8Console();  // NOLINT(performance-trivially-destructible): not everywhere
     Utf8Console(const Utf8Console&) = delete;
     Utf8Console& operator=(const Utf8Console&) = delete;
 

@@ -12,8 +12,8 @@ namespace opane::simulator {
 class ServedModule {
 public:
     /// @param link  a stable name for the device (see PseudoTerminal); empty: none
-    explicit ServedModule(ModuleOptions options = {}, std::filesystem::path link = {})
-        : module_(std::move(options)), terminal_(std::move(link)), thread_([this] { server_.run(); }) {}
+    explicit ServedModule(const ModuleOptions& options = {}, std::filesystem::path link = {})
+        : module_(options), terminal_(std::move(link)), thread_([this] { server_.run(); }) {}
     ~ServedModule() {
         server_.stop();
         thread_.join();

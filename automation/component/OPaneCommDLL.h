@@ -31,7 +31,8 @@ struct _clsOPaneCommDLL : IDispatch {
     /// @param intColumnPos     character column; the text begins at pixel column 6 x intColumnPos + intPreGap
     /// @param intPreGap        pixels added to the start; may be negative
     /// @param intInvertedText  0 dark on light, 1 light on a dark bar
-    /// @param strGenCarFile    path of the character generator
+    /// @param strGenCarFile    path of the character generator; with one that cannot be read intReturnStatus is 0, and
+    ///                         the call result tells
     virtual HRESULT STDMETHODCALLTYPE DisplayString(BSTR strString, SHORT* intLignePos, SHORT* intColumnPos,
                                                     SHORT* intPreGap, SHORT* intInvertedText, BSTR strGenCarFile,
                                                     SHORT* intReturnStatus) = 0;

@@ -21,10 +21,13 @@ Holding::~Holding() {
 }
 
 void lockServer(bool lock) noexcept {
-    if (lock)
+    if (lock) {
         ++locks;
-    else if (--locks < 0)
-        ++locks;  // taken away more often than added
+        return;
+    }
+    long held = locks;
+    while (held > 0 && !locks.compare_exchange_weak(held, held - 1)) {  // not one that another host has put on
+    }
 }
 
 }  // namespace opane::component

@@ -45,7 +45,8 @@ std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
     std::string theme = "system";
     app.add_option("--theme", theme, "Colours; system, what Qt finds, without it")
         ->check([&themes](const std::string& name) {
-            return themes.contains(name) ? std::string() : "is no theme; there are system, light and dark";
+            return themes.contains(name) ? std::string()
+                                         : "\"" + name + "\" is no theme; there are system, light and dark";
         })
         ->type_name("system|light|dark");
     for (auto* const option : {device1, device2})

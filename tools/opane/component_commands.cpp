@@ -51,6 +51,9 @@ Run setUpEntry(CLI::App& command, const char* entry, const char* done) {
         ->check(notEmpty);
     return [file, entry, done](const Arguments& arguments) {
         const std::string component = file->empty() ? defaultComponent() : *file;
+        std::error_code ignored;
+        if (!std::filesystem::is_regular_file(utf8Path(component), ignored))
+            throw InputError("there is no file \"" + component + "\"");
         callEntry(utf8Name(std::filesystem::absolute(utf8Path(component))), entry);
         if (arguments.json)
             std::cout << nlohmann::ordered_json{{done, component}} << '\n';
