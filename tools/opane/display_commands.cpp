@@ -68,8 +68,8 @@ Run setUpFrame(CLI::App& command) {
     const auto pattern = std::make_shared<std::string>();
     command.add_option("PATTERN", *pattern, "on, off, or the byte to draw the frame with")->required();
     return [pattern](const Arguments& arguments) {
-        const std::int16_t value = *pattern == "on"    ? std::int16_t{255}
-                                   : *pattern == "off" ? std::int16_t{0}
+        const std::uint8_t value = *pattern == "on"    ? std::uint8_t{255}
+                                   : *pattern == "off" ? std::uint8_t{0}
                                                        : parseByte(*pattern, "the pattern");
         return runOnLink(arguments, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
     };

@@ -32,7 +32,7 @@ struct EepromOptions {
 using Options = std::shared_ptr<EepromOptions>;
 
 Options addEeprom(CLI::App& command) {
-    const auto options = std::make_shared<EepromOptions>();
+    auto options = std::make_shared<EepromOptions>();
     command.add_flag("--user", options->user, "the User EEPROM of 512 bytes; without it the System EEPROM of 1024");
     return options;
 }

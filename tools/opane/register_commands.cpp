@@ -72,7 +72,7 @@ struct RegisterOptions {
 
 std::shared_ptr<RegisterOptions> addBank(CLI::App& command, const char* name, const char* help, const char* first,
                                          const char* second) {
-    const auto options = std::make_shared<RegisterOptions>();
+    auto options = std::make_shared<RegisterOptions>();
     command.add_option(name, options->bank, help)->check(CLI::IsMember({first, second}))->required();
     return options;
 }

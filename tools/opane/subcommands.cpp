@@ -74,7 +74,8 @@ void addSubcommands(CLI::App& app, Run& chosen) {
         group->require_subcommand(0, 1);
         group->callback([name = std::string(row.name), &chosen] {
             if (!chosen)
-                throw InputError("no command of " + name + " is given; opane " + name + " --help lists them");
+                throw InputError(std::string("no command of ").append(name).append(" is given; opane ").append(name) +
+                                 " --help lists them");
         });
     }
     for (const std::span<const Subcommand> table : {std::span<const Subcommand>(kSubcommands), demoCommands()}) {
