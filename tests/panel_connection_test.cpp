@@ -170,6 +170,19 @@ TEST(PanelConnection, FailedRateChangeOrResetGoesBackToTheDefaults) {
     }
 }
 
+TEST(PanelConnection, ARefusedRateChangeSaysSoAlsoAfterItsQuestion) {
+    PanelBench bench({.node = 0});
+    bench.panel.cmbNodeNumber.userSelects(0);
+    bench.synchronize();
+    bench.module.fault({.fault = Fault::typeZero, .count = simulator::kForEver});  // the handshakes are answered
+    bench.panel.cmbBaudrate.userSelects(0);
+    bench.click("cmdChangeBaudrate");
+    ASSERT_FALSE(bench.boxes.empty());
+    EXPECT_EQ(bench.boxes.back().substr(0, 19), "Changement de Node|");
+    EXPECT_EQ(bench.panel.txtSystemStatus.text(), "System Not Synchronized");
+    EXPECT_FALSE(bench.pagesShown());
+}
+
 TEST(PanelConnection, TakesNoInputAndDoesNotCloseWhileItSynchronises) {
     PanelBench bench;
     bool nodeStayed = true;
