@@ -1,12 +1,14 @@
 #include "module_farm.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/epoll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -27,10 +29,17 @@ using simulator::Descriptor;
 using simulator::Micros;
 
 constexpr Micros kNothingDue = std::numeric_limits<Micros>::max();
+/// From one sweep over the modules to the next, in microseconds: so late do bytes come at the most, and never early.
+/// Waking for each byte of each module would take as much of the machine as the hosts do.
+constexpr Micros kRest = 150;
 
 Micros now() {
     using namespace std::chrono;
     return duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+timespec timespecOf(Micros time) {
+    return {static_cast<time_t>(time / 1'000'000), static_cast<long>(time % 1'000'000 * 1000)};
 }
 
 /// One module. The simulator's own server spends a thread and a watch on each, which a system does not give by
@@ -71,7 +80,7 @@ struct Farmed {
 [[noreturn]] void serve(int modules, int baudRate, bool paced, int pathPipe) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     prctl(PR_SET_TIMERSLACK, 1);        // nanosecond
-    setpriority(PRIO_PROCESS, 0, -20);  // where it may: a real module waits for no processor of the host's
+    setpriority(PRIO_PROCESS, 0, -20);  // where it may
     std::deque<Farmed> farm;
     const int poll = epoll_create1(EPOLL_CLOEXEC);
     std::string paths;
@@ -86,21 +95,23 @@ struct Farmed {
     if (write(pathPipe, paths.data(), paths.size()) < 0)
         _exit(1);
     close(pathPipe);
-    std::vector<Micros> due(farm.size(),
-                            kNothingDue);  // one after the other in memory: it is gone through at each byte
-    for (;;) {
+    // One after the other in memory: it is gone through at each sweep.
+    std::vector<Micros> due(farm.size(), kNothingDue);
+    for (Micros sweptAt = 0;;) {
+        const timespec rested = timespecOf(sweptAt + kRest);
+        clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &rested, nullptr);
+        const Micros next = *std::min_element(due.begin(), due.end());
+        const timespec limit = timespecOf(std::clamp<Micros>(next - now(), 0, 1'000'000));
         std::array<epoll_event, 64> events{};
-        const Micros wait = std::clamp<Micros>(*std::min_element(due.begin(), due.end()) - now(), 0, 1'000'000);
-        const timespec limit{static_cast<time_t>(wait / 1'000'000), static_cast<long>(wait % 1'000'000 * 1000)};
         const int ready = epoll_pwait2(poll, events.data(), static_cast<int>(events.size()), &limit, nullptr);
         for (int i = 0; i < ready; ++i) {
             const std::size_t heard = events.at(static_cast<std::size_t>(i)).data.u64;
             farm[heard].hear();
             due[heard] = farm[heard].module.nextOutputAt().value_or(kNothingDue);
         }
-        const Micros moment = now();
+        sweptAt = now();
         for (std::size_t i = 0; i < due.size(); ++i) {
-            if (due[i] > moment)
+            if (due[i] > sweptAt)
                 continue;
             farm[i].say();
             due[i] = farm[i].module.nextOutputAt().value_or(kNothingDue);

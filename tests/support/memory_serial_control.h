@@ -67,6 +67,8 @@ public:
     }
     bool WaitForInput(std::int32_t limitMs) override {
         ++line_.waits;
+        if (!received_.empty() || line_.peer->gone())
+            return true;
         const auto next = line_.peer->nextOutputAt();
         const std::int64_t limit = line_.time.micros + std::int64_t{limitMs} * 1000;
         line_.time.micros = std::max(line_.time.micros, next ? std::min(*next, limit) : limit);

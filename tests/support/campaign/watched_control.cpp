@@ -91,6 +91,13 @@ public:
         watchSlave();
     }
 
+    /// How many bytes the system holds for the host.
+    int waiting() const {
+        int count = 0;
+        ::ioctl(slave_.number(), FIONREAD, &count);
+        return count;
+    }
+
     void toHost(std::span<const std::uint8_t> bytes) {
         const int before = waiting();
         terminal_.write(bytes);
@@ -114,11 +121,6 @@ private:
         slave_ = simulator::Descriptor(::open(path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
         if (slave_.number() < 0)
             throw std::runtime_error("cannot watch " + path());
-    }
-    int waiting() const {
-        int count = 0;
-        ::ioctl(slave_.number(), FIONREAD, &count);
-        return count;
     }
     template <class Done>
     void until(Done done) {
@@ -155,10 +157,14 @@ public:
         line_.receive(terminal_.fromHost(arrbytOutput.size()), at);
     }
     bool WaitForInput(std::int32_t limitMs) override {
-        const auto next = line_.nextOutputAt();
-        const Micros limit = time_.micros + Micros{limitMs} * 1000;
-        time_.micros = std::max(time_.micros, next ? std::min(*next, limit) : limit);
-        return deliver() && ForwardingControl::WaitForInput(kRealWaitMs);
+        if (!deliver() && !ForwardingControl::WaitForInput(0) && terminal_.waiting() == 0) {
+            const auto next = line_.nextOutputAt();
+            const Micros limit = time_.micros + Micros{limitMs} * 1000;
+            time_.micros = std::max(time_.micros, next ? std::min(*next, limit) : limit);
+            if (!deliver())
+                return false;
+        }
+        return ForwardingControl::WaitForInput(kRealWaitMs);
     }
 
 private:
