@@ -38,7 +38,7 @@ bool clsOPane::ReceiveByte(std::uint8_t& bytTarget) {
         const bool came = !received.empty();
         if (came)
             bytTarget = received.front();
-        over = over || isPast(start, ticks.now(), limitMs);
+        over = over || (!came && isPast(start, ticks.now(), limitMs));
         if (came || over) {
             yieldToHost();
             return came;
