@@ -142,27 +142,6 @@ void AutomationObject::checkThread() const {
         throw ComponentError(RPC_E_WRONG_THREAD, "the object belongs to the thread that created it");
 }
 
-HRESULT AutomationObject::QueryInterface(REFIID riid, void** object) {
-    if (object == nullptr)
-        return E_POINTER;
-    *object = interfaceFor(riid);
-    if (*object == nullptr)
-        return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-}
-
-ULONG AutomationObject::AddRef() {
-    return references_.add();
-}
-
-ULONG AutomationObject::Release() {
-    const ULONG left = references_.release();
-    if (left == 0)
-        delete this;
-    return left;
-}
-
 HRESULT AutomationObject::InterfaceSupportsErrorInfo(REFIID riid) {
     return riid == IID__clsOPaneCommDLL || riid == IID_IDispatch ? S_OK : S_FALSE;
 }

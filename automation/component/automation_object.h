@@ -10,15 +10,11 @@ namespace opane::component {
 
 /// The public class as hosts hold it: its dual interface with error information, on the thread that made it.
 /// References may be taken and released on any thread; every call elsewhere gives RPC_E_WRONG_THREAD.
-class AutomationObject final : public _clsOPaneCommDLL, public ISupportErrorInfo {
+class AutomationObject final : public Referenced<AutomationObject, _clsOPaneCommDLL, ISupportErrorInfo> {
 public:
     /// Makes the object, with one reference for the caller.
     /// @return E_NOINTERFACE, and nothing has been made, for an interface that it has not
     static HRESULT create(REFIID riid, void** object);
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) override;
@@ -48,6 +44,8 @@ public:
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID riid) override;
 
 private:
+    friend Referenced;
+
     AutomationObject() = default;
     ~AutomationObject() = default;
 
@@ -56,8 +54,6 @@ private:
     template <auto Operation, typename... Arguments>
     HRESULT call(std::size_t slot, Arguments... arguments);
 
-    Holding holding_;
-    ReferenceCount references_;
     const void* const thread_ = callingThread();
     clsOPaneCommDLL object_;
 

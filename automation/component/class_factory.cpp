@@ -5,25 +5,8 @@
 
 namespace opane::component {
 
-HRESULT ClassFactory::QueryInterface(REFIID riid, void** object) {
-    if (object == nullptr)
-        return E_POINTER;
-    *object = riid == IID_IUnknown || riid == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
-    if (*object == nullptr)
-        return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-}
-
-ULONG ClassFactory::AddRef() {
-    return references_.add();
-}
-
-ULONG ClassFactory::Release() {
-    const ULONG left = references_.release();
-    if (left == 0)
-        delete this;
-    return left;
+void* ClassFactory::interfaceFor(REFIID riid) {
+    return riid == IID_IUnknown || riid == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
 }
 
 HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** object) {

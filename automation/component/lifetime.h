@@ -21,15 +21,36 @@ public:
 /// Adds or takes away a lock of a host's.
 void lockServer(bool lock) noexcept;
 
-/// The reference count of an object, which begins with one reference, its maker's. Counts may be changed on any thread.
-class ReferenceCount {
+/// What every object of the library that hosts hold by reference has in common. It begins with one reference, its
+/// maker's, and deletes itself with the last one. References may be taken and released on any thread.
+/// @tparam Object  has interfaceFor(REFIID): where that interface of it is, null when it has none such
+template <class Object, class... Interfaces>
+class Referenced : public Interfaces... {
 public:
-    ULONG add() noexcept { return ++count_; }
-    /// @return 0: that was the last one
-    ULONG release() noexcept { return --count_; }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) final {
+        if (object == nullptr)
+            return E_POINTER;
+        *object = static_cast<Object*>(this)->interfaceFor(riid);
+        if (*object == nullptr)
+            return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() final { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() final {
+        const ULONG left = --references_;
+        if (left == 0)
+            delete static_cast<Object*>(this);
+        return left;
+    }
+
+protected:
+    Referenced() = default;
+    ~Referenced() = default;
 
 private:
-    std::atomic<ULONG> count_{1};
+    Holding holding_;
+    std::atomic<ULONG> references_{1};
 };
 
 }  // namespace opane::component
