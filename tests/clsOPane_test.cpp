@@ -23,6 +23,10 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 2 19200,N,8,1"}));
     link.Terminate();
     EXPECT_FALSE(link.IsOpen());
+    globals.glngBaudrate = 38400;
+    link.Initialize();
+    link.CommPort(3);  // as good as a rate for writing both
+    EXPECT_EQ(bench.line.portEvents.back(), "open 3 38400,N,8,1");
 }
 
 TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
@@ -41,6 +45,13 @@ TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
     EXPECT_TRUE(link.OpenCommunication());
     EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close",
                                              "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1"}));
+}
+
+TEST(PortSettings, ARefusedRateIsStoredAllTheSame) {
+    LinkBench bench;
+    EXPECT_EQ(raisedNumber([&] { bench.link().Baudrate(-1); }), 380);
+    EXPECT_EQ(bench.link().Baudrate(), -1);
+    EXPECT_FALSE(bench.link().IsOpen());
 }
 
 TEST(PortSettings, AMissingPortLeavesItClosedAndTheNumberStored) {
@@ -116,6 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
                     HandshakeCase{"node_1", "RS232", 1, 0xA6, {0x16}, true, true, 1},
                     HandshakeCase{"node_2", "RS232", 2, 0xA7, {0x17}, true, true, 2},
                     HandshakeCase{"node_3", "RS232", 3, 0xA8, {0x18}, true, true, 3},
+                    HandshakeCase{"node_4", "RS232", 4, 0x00, {0x00}, true, true, 4},
                     HandshakeCase{"node_5", "RS232", 5, 0x00, {0x00}, true, true, 5},
                     HandshakeCase{"negative_node", "RS232", -1, 0x00, {0x18}, false, false, 1},
                     HandshakeCase{"another_nodes_answer", "RS232", 2, 0xA7, {0x18}, false, false, 1},

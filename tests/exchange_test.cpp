@@ -63,6 +63,25 @@ TEST(Exchange, RefusesShortDataBeforeAnythingIsSentOrLogged) {
     EXPECT_EQ(info, ByteArray{7});
 }
 
+TEST(Exchange, RefusesANodeBeyondAByteBeforeAnythingIsSentOrLogged) {
+    LinkBench bench;
+    ScriptedPeer& peer = bench.scripted();
+    peer.answers = {{0x00}};
+    ASSERT_TRUE(bench.link().SendSynchronizeCharacter(256));
+    ByteArray info;
+    EXPECT_EQ(raisedNumber([&] { bench.link().SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info); }), 6);
+    EXPECT_EQ(peer.heard.size(), 1U);
+    EXPECT_TRUE(bench.log.empty());
+}
+
+TEST(Exchange, AnAnswerOfType0IsAnErrorAlsoToARequestOfType0) {
+    LinkBench bench;
+    bench.scripted().answers = {{0xAA, 0, 3, 0, 0, 0, 0xFD}};
+    ByteArray info;
+    EXPECT_FALSE(bench.link().SendDataAndReceiveResponse(0, 0, 0, 0, ByteArray{0}, info));
+    EXPECT_EQ(bench.log.at(1), "Error, command erreur received");
+}
+
 TEST(Exchange, ATrueResultReplacesTheInfo) {
     LinkBench bench;
     bench.scripted().answers = {kVersionAnswer};

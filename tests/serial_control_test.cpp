@@ -7,6 +7,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <functional>
 #include <numeric>
 #include <thread>
 
@@ -112,6 +113,37 @@ TEST_F(OnATerminal, CarriesEveryByteUnchangedBothWays) {
     EXPECT_FALSE(control->WaitForInput(1));
 }
 
+TEST_F(OnATerminal, TakesANewRateWhileItIsOpen) {
+    control->PortOpen(true);
+    control->Settings("38400,N,8,1");
+    EXPECT_EQ(terminal.hostBaudRate(), 38400);
+    terminal.close();
+    EXPECT_EQ(raisedNumber([&] { control->Settings("9600,N,8,1"); }), 57);
+    EXPECT_EQ(control->Settings(), "38400,N,8,1");
+    EXPECT_FALSE(control->WaitForInput(1000)) << "a closed port has nothing to wait for";
+}
+
+TEST_F(OnATerminal, OneReadTakesAllThatTheSystemHolds) {
+    ByteArray sent(10'000);
+    std::iota(sent.begin(), sent.end(), std::uint8_t{0});
+    control->PortOpen(true);
+    terminal.write(sent);
+    ASSERT_TRUE(control->WaitForInput(1000));
+    const auto got = control->Input();
+    EXPECT_EQ(ByteArray(got.begin(), got.end()), sent);
+}
+
+TEST_F(OnATerminal, AFloodDoesNotHoldARead) {
+    control->PortOpen(true);
+    const std::jthread flood([this](const std::stop_token& stop) {
+        const ByteArray bytes(4096, 0x55);
+        while (!stop.stop_requested())
+            terminal.write(bytes);
+    });
+    for (int i = 0; i < 20; ++i)
+        EXPECT_LE(control->Input().size(), 65536U + 1024U);
+}
+
 TEST_F(OnATerminal, IsExclusiveUntilItIsClosed) {
     control->PortOpen(true);
     EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 8005);
@@ -187,11 +219,15 @@ TEST_F(OnATerminal, AVanishedDeviceRaisesAnErrorAndClosesThePort) {
 /// A counter that leaps at every reading, so that no test waits for a second.
 class LeapingTicks final : public TickCounter {
 public:
-    std::uint32_t now() override { return ticks_ += 300; }
+    std::uint32_t now() override {
+        if (atReading)
+            atReading();
+        return ticks += 300;
+    }
     void pause() override {}
 
-private:
-    std::uint32_t ticks_ = 0;
+    std::function<void()> atReading{};
+    std::uint32_t ticks = 0;
 };
 
 TEST_F(OnATerminal, ADeviceThatTakesNothingRaisesAnErrorInsteadOfHolding) {
@@ -200,10 +236,32 @@ TEST_F(OnATerminal, ADeviceThatTakesNothingRaisesAnErrorInsteadOfHolding) {
     control->PortOpen(true);
     const ByteArray chunk(1000, 0x55);
     int raised = 0;
-    for (int i = 0; i < 1000 && raised == 0; ++i)
+    std::uint32_t began = 0;
+    for (int i = 0; i < 1000 && raised == 0; ++i) {
+        began = ticks.ticks;
         raised = raisedNumber([&] { control->Output(chunk); });
+    }
     EXPECT_EQ(raised, 57);
+    EXPECT_GT(ticks.ticks - began, 1000U);
+    EXPECT_LE(ticks.ticks - began, 1000U + 3 * 300U);
     EXPECT_FALSE(control->PortOpen());
+}
+
+TEST_F(OnATerminal, ASlowDeviceIsGivenEverythingInOrder) {
+    ByteArray sent(100'000);
+    std::iota(sent.begin(), sent.end(), std::uint8_t{0});
+    ByteArray heard;
+    LeapingTicks ticks;
+    ticks.atReading = [&] {
+        const ByteArray bytes = terminal.read();
+        heard.insert(heard.end(), bytes.begin(), bytes.end());
+    };
+    services->tickCounter = &ticks;
+    control->PortOpen(true);
+    control->Output(sent);  // stalled many times, never for a second
+    for (int i = 0; i < 1000 && heard.size() < sent.size(); ++i)
+        ticks.now();
+    EXPECT_EQ(heard, sent);
 }
 
 TEST(OnAServedModule, ADeviceThatComesBackIsFoundByTheNextSynchronize) {

@@ -146,7 +146,7 @@ private:
     void configure(int device, std::int32_t baudRate) const {
         termios mode{};
         if (tcgetattr(device, &mode) != 0)
-            refuseOpen(path_, errno);
+            fail(systemText(errno));
         cfmakeraw(&mode);
         // No HUPCL: closing for a new baud rate must leave DTR and RTS as they are.
         mode.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | CRTSCTS | HUPCL);
