@@ -3,13 +3,18 @@
 #include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -151,10 +156,36 @@ void PseudoTerminal::noteLeavings() {
     bool anyGone = false;
     while (::read(watch_.number(), events.data(), events.size()) > 0)
         anyGone = true;
-    if (anyGone && !hasHost()) {
+    // The search for hosts goes through all that is open on the machine, while a host that has come back since may be
+    // waiting for its answer: only where there is something to clear, and no host shows itself by its lock.
+    if (anyGone && hasLeftSomething() && !isLocked() && !hasHost()) {
         ::ioctl(slave_.number(), TIOCNXCL);
         ::tcflush(slave_.number(), TCIFLUSH);
     }
+}
+
+bool PseudoTerminal::hasLeftSomething() const {
+    int exclusive = 0;
+    int unread = 0;
+    ::ioctl(slave_.number(), TIOCGEXCL, &exclusive);
+    ::ioctl(slave_.number(), FIONREAD, &unread);
+    return exclusive != 0 || unread > 0;
+}
+
+// Whether a host holds a lock on the device, as the system tells it: device and inode of each locked file.
+bool PseudoTerminal::isLocked() const {
+    struct stat device {};
+    if (::fstat(slave_.number(), &device) != 0)
+        return false;
+    std::array<char, 64> own{};
+    std::snprintf(own.data(), own.size(), "%02x:%02x:%ju", major(device.st_dev), minor(device.st_dev),
+                  static_cast<std::uintmax_t>(device.st_ino));
+    std::ifstream locks("/proc/locks");
+    for (std::string word; locks >> word;) {
+        if (word == own.data())
+            return true;
+    }
+    return false;
 }
 
 // Whether anyone has the device open besides our own slave_. The watch cannot count them: equal events in a row are

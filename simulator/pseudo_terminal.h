@@ -60,6 +60,8 @@ public:
     void noteLeavings();
 
 private:
+    bool hasLeftSomething() const;
+    bool isLocked() const;
     bool hasHost() const;
     void moveLink();
     void removeLink();
