@@ -89,6 +89,15 @@ TEST_F(Log, ANewDayBeginsANewFileAndAnOldOneGrows) {
     EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 2);
 }
 
+TEST_F(Log, TheSameTimeOfAnotherDayIsAnotherMoment) {
+    log.LogLevel(2);
+    for (const int day : {5, 6}) {
+        now = moment(2002, 1, day);
+        event("p", "m", 2);
+    }
+    EXPECT_EQ(contentOf(folder / "_01-06-02.LOG").find("01/06/02 09:05:07 "), 0U);
+}
+
 TEST_F(Log, EveryLineHasItsOwnTime) {
     log.LogLevel(2);
     for (const int second : {7, 8, 8, 7}) {

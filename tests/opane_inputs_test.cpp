@@ -59,6 +59,7 @@ class OpaneRefusal : public OpaneCommands, public testing::WithParamInterface<Re
 TEST_P(OpaneRefusal, NamesWhatIsWrongAndSendsNothing) {
     Words words = wordsOf(GetParam().words);
     std::replace(words.begin(), words.end(), std::string("FILE"), folder.write("file", GetParam().content));
+    std::replace(words.begin(), words.end(), std::string("EMPTY"), std::string());
     const ProgramEnd end = opane(words);
     EXPECT_EQ(end.status, 2);
     EXPECT_NE(end.errors.find(GetParam().message), std::string::npos) << end.errors;
@@ -113,6 +114,12 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"length_0", "eeprom read --length 0", "the length is \"0\"; expected 1 to 1024"},
         Refusal{"length_past_the_end", "eeprom read --address 1000 --length 25", "expected 1 to 24"},
         Refusal{"odd_digits", "eeprom write --address 0 123", "3 hexadecimal digits"},
+        Refusal{"empty_option", "eeprom dump --address EMPTY", "--address: is empty; leave it out for the default"},
+        Refusal{"empty_word", "eeprom write --address 0 EMPTY", "is empty"},
+        Refusal{"empty_file", "eeprom save EMPTY", "is empty"},
+        Refusal{"empty_common_option", "--node EMPTY status", "--node: "},
+        Refusal{"empty_rate", "baudrate EMPTY", "not in {1200,2400,"},
+        Refusal{"rate_in_words", "--baud fast status", "fast not in {1200,2400,"},
         Refusal{"no_hexadecimal", "eeprom write --address 0 0G", "\"G\""},
         Refusal{"bytes_past_the_end", "eeprom write --address 1023 0102", "2 bytes from address 0x3FF"},
         Refusal{"save_into_a_folder", "eeprom save /tmp", "is a folder"},

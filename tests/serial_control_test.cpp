@@ -252,7 +252,10 @@ TEST_F(OnATerminal, ASlowDeviceIsGivenEverythingInOrder) {
     std::iota(sent.begin(), sent.end(), std::uint8_t{0});
     ByteArray heard;
     LeapingTicks ticks;
+    int readings = 0;
     ticks.atReading = [&] {
+        if (++readings % 3 != 0)
+            return;
         const ByteArray bytes = terminal.read();
         heard.insert(heard.end(), bytes.begin(), bytes.end());
     };

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/file.h"
+#include "platform/serial_device.h"
 #include "platform/services.h"
 #include "platform/utf8_path.h"
 
@@ -20,23 +21,38 @@ std::string existingFolder(const std::string& path) {
 
 }  // namespace
 
-std::string notEmpty(const std::string& value) {
-    return value.empty() ? "is empty; leave it out for the default" : "";
+std::string isBaudRate(const std::string& value) {
+    std::string all;
+    for (const std::int32_t rate : kBaudRates) {
+        if (value == std::to_string(rate))
+            return "";
+        all += (all.empty() ? "" : ",") + std::to_string(rate);
+    }
+    return value + " not in {" + all + "}";
+}
+
+void refuseEmptyValues(CLI::App& app) {
+    for (CLI::Option* const option : app.get_options()) {
+        const bool takesValue = option->get_items_expected_max() > 0;
+        if (!takesValue || option->get_name() == "TEXT")  // its command says what a text needs
+            continue;
+        const std::string refusal = option->get_required() ? "is empty" : "is empty; leave it out for the default";
+        option->check([refusal](const std::string& value) { return value.empty() ? refusal : std::string(); });
+    }
 }
 
 void addCommonOptions(CLI::App& app, Arguments& arguments) {
     constexpr auto kConnection = "Connection";
     app.add_option(
            "--port", arguments.port,
-           "COM port number; its device is $OPANE_COM<N>, else the system's own: " + systemDevicePath(1) + " for 1")
+           "COM port number; its device is $OPANE_COM<N>, else the system's own: " + portDevicePath(1) + " for 1")
         ->check(CLI::Range(1, 256))
         ->capture_default_str()
         ->group(kConnection);
     app.add_option("--device", arguments.device, "device of the port, such as /dev/ttyUSB0 or COM3")
-        ->check(notEmpty)
         ->group(kConnection);
     app.add_option("--baud", arguments.baudRate, "baud rate")
-        ->check(CLI::IsMember(kBaudRates))
+        ->check(isBaudRate)
         ->capture_default_str()
         ->group(kConnection);
     app.add_option("--node", arguments.node, "node number of the module")
@@ -72,6 +88,7 @@ void addCommonOptions(CLI::App& app, Arguments& arguments) {
         ->check(CLI::Range(1, 1'000'000'000))
         ->capture_default_str()
         ->group(kReport);
+    refuseEmptyValues(app);
 }
 
 int parseNumber(const std::string& text, const std::string& name, int first, int last, const std::string& expected) {

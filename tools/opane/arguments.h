@@ -39,8 +39,12 @@ struct Arguments {
     int repeat = 1;
 };
 
-/// Refuses an empty value, such as an unset variable of a script gives. For CLI::Option::check.
-std::string notEmpty(const std::string& value);
+/// Refuses what is none of the modules' baud rates. For CLI::Option::check.
+std::string isBaudRate(const std::string& value);
+
+/// Has the options and words that the program or a command takes refuse an empty value, such as an unset variable of a
+/// script gives: it would be taken for 0 or for the default.
+void refuseEmptyValues(CLI::App& app);
 
 /// Adds those options to the program.
 void addCommonOptions(CLI::App& app, Arguments& arguments);

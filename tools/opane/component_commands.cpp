@@ -47,8 +47,7 @@ void callEntry(const std::string& file, const char* entry) {
 
 Run setUpEntry(CLI::App& command, const char* entry, const char* done) {
     const auto file = std::make_shared<std::string>();
-    command.add_option("FILE", *file, "the component; by default the one that comes with this program")
-        ->check(notEmpty);
+    command.add_option("FILE", *file, "the component; by default the one that comes with this program");
     return [file, entry, done](const Arguments& arguments) {
         const std::string component = file->empty() ? defaultComponent() : *file;
         std::error_code ignored;

@@ -24,7 +24,7 @@ constexpr std::int16_t kResetLightControl = 1;
 Run setUpBaudrate(CLI::App& command) {
     const auto options = std::make_shared<BaudrateOptions>();
     command.add_option("RATE", options->rate, "new baud rate; connect with --baud RATE from then on")
-        ->check(CLI::IsMember(kBaudRates))
+        ->check(isBaudRate)
         ->required();
     command
         .add_option("--quartz", options->quartz, "crystal of the module: 1 offers up to 19200 baud, 2 38400, 3 57600")

@@ -83,6 +83,7 @@ void addSubcommands(CLI::App& app, Run& chosen) {
             CLI::App& parent = *row.group == '\0' ? app : *app.get_subcommand(row.group);
             CLI::App* const command = addCommand(parent, row.name, row.summary, row.example);
             const Run run = row.setUp(*command);
+            refuseEmptyValues(*command);
             command->callback([run, &chosen] { chosen = run; });
         }
     }

@@ -64,7 +64,6 @@ Run setUpText(CLI::App& command) {
         ->capture_default_str();
     command.add_flag("--inverted", options->inverted, "light characters on a dark bar");
     command.add_option("--generator", options->generator, "character generator; see opane-generator")
-        ->check(notEmpty)
         ->default_str("latin1.gen");
 
     return [options](const Arguments& arguments) {
