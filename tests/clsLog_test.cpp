@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "platform/services.h"
 #include "support/raised_number.h"
 #include "support/temporary_folder.h"
@@ -89,6 +91,13 @@ TEST_F(Log, ANewDayBeginsANewFileAndAnOldOneGrows) {
     EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 2);
 }
 
+TEST_F(Log, EndsItsFolderWithASeparator) {
+    for (const auto& [given, kept] : std::map<std::string, std::string>{{"a", "a/"}, {"a/", "a/"}, {"", ""}}) {
+        log.LogFolder(given);
+        EXPECT_EQ(log.LogFolder(), kept);
+    }
+}
+
 TEST_F(Log, TheSameTimeOfAnotherDayIsAnotherMoment) {
     log.LogLevel(2);
     for (const int day : {5, 6}) {
@@ -145,6 +154,7 @@ TEST_P(LogEnvironment, RaisesTheLevelOfANewLog) {
 
 INSTANTIATE_TEST_SUITE_P(Levels, LogEnvironment,
                          testing::Values(EnvironmentCase{"two", "2", 2}, EnvironmentCase{"zero", "0", 0},
+                                         EnvironmentCase{"three", "3", 3}, EnvironmentCase{"two_digits", "12", 0},
                                          EnvironmentCase{"four", "4", 0}, EnvironmentCase{"word", "high", 0},
                                          EnvironmentCase{"empty", "", 0}),
                          [](const auto& row) { return std::string(row.param.name); });

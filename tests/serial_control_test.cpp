@@ -13,6 +13,7 @@
 
 #include "automation/clsOPaneCommDLL.h"
 #include "link/clsOPane.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/services.h"
 #include "simulator/served_module.h"
 #include "support/raised_number.h"
@@ -76,25 +77,31 @@ protected:
 };
 
 /// As a login would leave a line: echoing, with characters that are translated or end a program.
-void makeCooked(const std::string& device) {
-    const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY);
+/// @return a descriptor of the device that stays open
+FileDescriptor makeCooked(const std::string& device) {
+    FileDescriptor descriptor = openFile(device.c_str(), O_RDWR | O_NOCTTY);
     termios mode{};
-    tcgetattr(descriptor, &mode);
+    tcgetattr(descriptor.get(), &mode);
     mode.c_iflag |= BRKINT | ICRNL | IXON | IXOFF | ISTRIP | INPCK;
     mode.c_oflag |= OPOST | ONLCR;
     mode.c_lflag |= ICANON | ECHO | ISIG | IEXTEN;
     mode.c_cflag |= PARENB | CSTOPB | HUPCL;
-    EXPECT_EQ(tcsetattr(descriptor, TCSANOW, &mode), 0);
-    close(descriptor);
+    mode.c_cflag &= ~static_cast<tcflag_t>(CLOCAL | CREAD);
+    EXPECT_EQ(tcsetattr(descriptor.get(), TCSANOW, &mode), 0);
+    return descriptor;
 }
 
 TEST_F(OnATerminal, CarriesEveryByteUnchangedBothWays) {
-    makeCooked(device);
+    const FileDescriptor watching = makeCooked(device);
     ByteArray all(256);
     std::iota(all.begin(), all.end(), std::uint8_t{0});
     control->Settings("19200,N,8,1");
     control->PortOpen(true);
     EXPECT_EQ(terminal.hostBaudRate(), 19200);
+    termios mode{};
+    tcgetattr(watching.get(), &mode);
+    EXPECT_EQ(mode.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS | HUPCL | CLOCAL | CREAD), CS8 | CLOCAL | CREAD);
+    EXPECT_EQ(mode.c_iflag & (IXON | IXOFF | IXANY | INPCK | ISTRIP), 0U);
     control->Output(all);
     EXPECT_EQ(terminal.read(), all);
 
