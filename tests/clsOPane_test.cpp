@@ -25,6 +25,7 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     EXPECT_FALSE(link.IsOpen());
     globals.glngBaudrate = 38400;
     link.Initialize();
+    EXPECT_EQ(bench.line.portEvents.back(), "open 2 19200,N,8,1") << "what was written last";
     link.CommPort(3);  // as good as a rate for writing both
     EXPECT_EQ(bench.line.portEvents.back(), "open 3 38400,N,8,1");
 }

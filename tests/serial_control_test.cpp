@@ -51,6 +51,13 @@ INSTANTIATE_TEST_SUITE_P(
                     SettingsCase{"more", "9600,N,8,1,1", 380}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(Ports, AreTheSystemsOwnUnlessTheEnvironmentNamesThem) {
+    setenv("OPANE_COM77", "/nowhere/line", 1);
+    EXPECT_EQ(systemDevicePath(77), "/nowhere/line");
+    unsetenv("OPANE_COM77");
+    EXPECT_EQ(systemDevicePath(77), "/dev/ttyS76");
+}
+
 /// A control on a pseudo-terminal whose other end the test holds.
 class OnATerminal : public testing::Test {
 protected:
@@ -229,11 +236,12 @@ public:
     std::uint32_t now() override {
         if (atReading)
             atReading();
-        return ticks += 300;
+        return ticks += leap;
     }
     void pause() override {}
 
     std::function<void()> atReading{};
+    std::uint32_t leap = 300;
     std::uint32_t ticks = 0;
 };
 
@@ -259,6 +267,7 @@ TEST_F(OnATerminal, ASlowDeviceIsGivenEverythingInOrder) {
     std::iota(sent.begin(), sent.end(), std::uint8_t{0});
     ByteArray heard;
     LeapingTicks ticks;
+    ticks.leap = 100;  // the system may take its time to make room of what has been read
     int readings = 0;
     ticks.atReading = [&] {
         if (++readings % 3 != 0)

@@ -75,6 +75,16 @@ TEST(Waiting, ASilentModuleTakesSixTimeOutsAnd125Handshakes) {
     EXPECT_LE(bench.line.waits, 6 + 125) << "one long wait a byte, so that a waiting link burns no core";
 }
 
+TEST(Waiting, AResynchronisationLeavesTheUsualTimeOut) {
+    for (const int before : {50, 5000}) {
+        LinkBench bench;
+        bench.module.fault({.fault = Fault::silent});
+        bench.link().Timeout(before);
+        EXPECT_FALSE(bench.link().OPaneCmd_Clear(0));
+        EXPECT_EQ(bench.link().Timeout(), 1000);
+    }
+}
+
 TEST(Waiting, AHostWithEventsIsServedEveryMillisecond) {
     LinkBench bench;
     bench.module.fault({.fault = Fault::silent});
