@@ -1,6 +1,7 @@
 #include "automation/clsOPaneCommDLL.h"
 
 #include "link/clsOPane.h"
+#include "link/connection.h"
 #include "log/clsLog.h"
 
 namespace opane {
@@ -19,14 +20,7 @@ clsOPaneCommDLL::clsOPaneCommDLL() : arrActualImage(std::make_shared<ScreenImage
 void clsOPaneCommDLL::Synchronize(std::int16_t intComPort, std::int32_t lngBaudrate, std::int16_t intNode,
                                   std::int16_t& intReturnStatus) {
     const auto link = threadLink();
-    link->Baudrate(lngBaudrate);
-    if (link->CommPort() != intComPort)
-        link->CommPort(intComPort);
-    link->Timeout(clsOPane::kHandshakeTimeoutMs);
-    link->CommunicationType("RS232");
-    const bool synchronized = link->SendSynchronizeCharacter(intNode);
-    link->Timeout(clsOPane::kUsualTimeoutMs);
-    intReturnStatus = synchronized ? 0 : 1;
+    intReturnStatus = makeConnection(*link, {intComPort, lngBaudrate, intNode, "RS232"}) ? 0 : 1;
 }
 
 void clsOPaneCommDLL::Version(std::string& strVersion) {

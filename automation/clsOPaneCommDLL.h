@@ -9,7 +9,7 @@
 
 namespace opane {
 
-/// The public class: what a host creates to drive a module. One object a thread is the supported use; a second one on
+/// The public class: what a host creates to drive a module. One object per thread is the supported use; a second one on
 /// the same thread takes the thread's link over, and when any of them ends, the others have none.
 ///
 /// Every method runs on the caller's thread and returns when its exchanges with the module are over. While it waits it
@@ -31,7 +31,7 @@ public:
 
     /// Shows a text on one text line, merged at its edges with what this object has shown before. Only the 8 x 8 blocks
     /// that the text touches are sent, from left to right; when one fails the others are sent all the same.
-    /// Blocks for one exchange a block, up to 15 (see clsOPane::SendDataAndReceiveResponse).
+    /// Blocks for one exchange per block, up to 15 (see clsOPane::SendDataAndReceiveResponse).
     /// @param strString        UTF-8; one glyph of 6 x 8 pixels a character
     /// @param intLignePos      text line 0..7
     /// @param intColumnPos     character column; the text begins at pixel column 6 x intColumnPos + intPreGap
@@ -84,11 +84,9 @@ public:
 
     /// Reads the last key of the remote control.
     /// @param intLastKeyNumber  1 to 9; 0 when no key has been received; keeps its value for an unknown code; -1 when
-    /// the
-    ///                          status is 1
+    ///                          the status is 1
     /// @param intToggleOn       1 or 0, changes with every press; keeps its value for an unknown code; 0 when the
-    /// status
-    ///                          is 1
+    ///                          status is 1
     /// @throws RuntimeError 9 (subscript) when the module's answer is shorter than two bytes
     void ReadIRLastKey(std::int16_t& intLastKeyNumber, std::int16_t& intToggleOn, std::int16_t& intReturnStatus);
 

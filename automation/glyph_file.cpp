@@ -1,204 +1,207 @@
 #include "automation/glyph_file.h"
 
+#include <algorithm>
 #include <bit>
-#include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <optional>
-#include <utility>
 
 #include "platform/file.h"
+#include "shared/number_in_text.h"
 #include "shared/runtime_error.h"
-#include "shared/screen_geometry.h"
 
 namespace opane {
 namespace {
 
-/// The longest file that 256 records can make: every element a string of 65535 characters behind its tag and length.
-constexpr std::size_t kLongestFile = std::size_t{kGlyphRecords} * kGlyphElements * (2 + 2 + 65535);
-
-/// Takes little-endian values from the front of the bytes; what is not there gives nothing.
-class Reader {
+class MemoryReader final : public ByteReader {
 public:
-    Reader(std::span<const std::uint8_t> bytes, const std::string& name)
-        : rest_(bytes), size_(bytes.size()), name_(name) {}
+    explicit MemoryReader(std::span<const std::uint8_t> bytes) : rest_(bytes) {}
 
-    std::optional<GlyphRecord> record() {
-        GlyphRecord record;
-        for (GlyphValue& element : record) {
-            auto value = taggedValue();
-            if (!value)
-                return std::nullopt;
-            element = std::move(*value);
-        }
-        return record;
+    std::size_t read(std::span<std::uint8_t> bytes) override {
+        const auto next = rest_.first(std::min(bytes.size(), rest_.size()));
+        std::copy(next.begin(), next.end(), bytes.begin());
+        rest_ = rest_.subspan(next.size());
+        return next.size();
     }
 
 private:
-    template <typename Unsigned>
-    std::optional<Unsigned> number() {
-        if (rest_.size() < sizeof(Unsigned))
-            return std::nullopt;
-        Unsigned value = 0;
-        for (std::size_t i = sizeof(Unsigned); i-- > 0;)
-            value = static_cast<Unsigned>((static_cast<std::uint64_t>(value) << 8) | rest_[i]);
-        rest_ = rest_.subspan(sizeof(Unsigned));
-        return value;
-    }
-
-    /// The next bytes of that many as a number of another type with the same width.
-    template <typename Unsigned, typename Stored, typename Wide>
-    std::optional<GlyphValue> value(GlyphTag tag) {
-        const auto bits = number<Unsigned>();
-        if (!bits)
-            return std::nullopt;
-        return GlyphValue{tag, Wide{std::bit_cast<Stored>(*bits)}};
-    }
-
-    std::optional<GlyphValue> text() {
-        const auto length = number<std::uint16_t>();
-        if (!length || rest_.size() < *length)
-            return std::nullopt;
-        std::string characters(rest_.begin(), rest_.begin() + *length);
-        rest_ = rest_.subspan(*length);
-        return GlyphValue{GlyphTag::string, std::move(characters)};
-    }
-
-    std::optional<GlyphValue> taggedValue() {
-        const auto tag = number<std::uint16_t>();
-        if (!tag)
-            return std::nullopt;
-        switch (static_cast<GlyphTag>(*tag)) {
-            case GlyphTag::empty:
-            case GlyphTag::null:
-                return GlyphValue{static_cast<GlyphTag>(*tag), {}};
-            case GlyphTag::int16:
-                return value<std::uint16_t, std::int16_t, std::int64_t>(GlyphTag::int16);
-            case GlyphTag::int32:
-                return value<std::uint32_t, std::int32_t, std::int64_t>(GlyphTag::int32);
-            case GlyphTag::float32:
-                return value<std::uint32_t, float, double>(GlyphTag::float32);
-            case GlyphTag::float64:
-                return value<std::uint64_t, double, double>(GlyphTag::float64);
-            case GlyphTag::currency:
-                return value<std::uint64_t, std::int64_t, std::int64_t>(GlyphTag::currency);
-            case GlyphTag::date:
-                return value<std::uint64_t, double, double>(GlyphTag::date);
-            case GlyphTag::string:
-                return text();
-            case GlyphTag::boolean:
-                return value<std::uint16_t, std::int16_t, std::int64_t>(GlyphTag::boolean);
-            case GlyphTag::byte:
-                return value<std::uint8_t, std::uint8_t, std::int64_t>(GlyphTag::byte);
-        }
-        throw RuntimeError(ErrorNumber::invalidFileFormat, "\"" + name_ + "\" is no character generator: type tag " +
-                                                               std::to_string(*tag) + " at byte " +
-                                                               std::to_string(size_ - rest_.size() - sizeof *tag) +
-                                                               "; expected 0 to 8, 11 or 17");
-    }
-
     std::span<const std::uint8_t> rest_;
-    std::size_t size_;
-    const std::string& name_;
 };
-
-/// Rounds to the nearest integer, halves to even, without touching the rounding mode.
-double roundedHalfToEven(double value) {
-    const double floor = std::floor(value);
-    const double fraction = value - floor;
-    if (fraction != 0.5)
-        return fraction < 0.5 ? floor : floor + 1;
-    return std::fmod(floor, 2) == 0 ? floor : floor + 1;
-}
-
-/// A 32-bit integer by rounding; @throws RuntimeError 6 outside its range and for what is no number.
-std::int64_t rounded(double value, const std::string& where) {
-    const double integer = roundedHalfToEven(value);
-    if (!(integer >= std::numeric_limits<std::int32_t>::min() && integer <= std::numeric_limits<std::int32_t>::max()))
-        throw RuntimeError(ErrorNumber::overflow, where + " lies outside 0 to 255");
-    return static_cast<std::int64_t>(integer);
-}
-
-/// 1/10000 units, rounded as roundedHalfToEven does but exactly: a double would lose the last digits.
-std::int64_t roundedCurrency(std::int64_t units) {
-    constexpr std::int64_t kOne = 10000;
-    std::int64_t whole = units / kOne;
-    std::int64_t rest = units % kOne;
-    if (rest < 0) {
-        rest += kOne;
-        --whole;
-    }
-    const bool up = rest > kOne / 2 || (rest == kOne / 2 && whole % 2 != 0);
-    return up ? whole + 1 : whole;
-}
-
-double numberInText(const std::string& text, const std::string& where) {
-    const auto first = text.find_first_not_of(' ');
-    const auto last = text.find_last_not_of(' ');
-    double value = 0;
-    if (first != std::string::npos) {
-        const char* const end = text.data() + last + 1;
-        const char* begin = text.data() + first;
-        if (*begin == '+' && end - begin > 1 && begin[1] != '-')
-            ++begin;
-        const auto [rest, error] = std::from_chars(begin, end, value);
-        if (error == std::errc::result_out_of_range)
-            throw RuntimeError(ErrorNumber::overflow, where + " lies outside 0 to 255");
-        if (error == std::errc{} && rest == end && std::isfinite(value))
-            return value;
-    }
-    throw RuntimeError(ErrorNumber::typeMismatch, where + " is a text that is no number");
-}
-
-/// The integer that a column's value stands for, before it is complemented or narrowed.
-std::int64_t columnInteger(const GlyphValue& value, const std::string& where) {
-    switch (value.tag) {
-        case GlyphTag::empty:
-            return 0;
-        case GlyphTag::null:
-            throw RuntimeError(ErrorNumber::invalidNull, where + " is null");
-        case GlyphTag::float32:
-        case GlyphTag::float64:
-        case GlyphTag::date:
-            return rounded(std::get<double>(value.content), where);
-        case GlyphTag::currency:
-            return roundedCurrency(std::get<std::int64_t>(value.content));
-        case GlyphTag::string:
-            return rounded(numberInText(std::get<std::string>(value.content), where), where);
-        case GlyphTag::boolean:
-            return std::get<std::int64_t>(value.content) != 0 ? 255 : 0;
-        case GlyphTag::int16:
-        case GlyphTag::int32:
-        case GlyphTag::byte:
-            break;
-    }
-    return std::get<std::int64_t>(value.content);
-}
 
 }  // namespace
 
+/// Takes records from the front and keeps of each what is drawn; of the values only the one that it is at.
+class GlyphFile::Parser {
+public:
+    Parser(ByteReader& source, const std::string& name) : source_(source), name_(name) {}
+
+    /// The next record, of that code; nothing when the end has come before the record's.
+    std::optional<Glyph> glyph(std::size_t code) {
+        Glyph glyph;
+        for (std::size_t element = 0; element < kGlyphElements; ++element) {
+            if (!takeValue())
+                return std::nullopt;
+            if (element == 0)
+                glyph.isPresent = tag_ == GlyphTag::string && text_ == std::string(1, static_cast<char>(code));
+            else if (element >= 2)
+                glyph.columns[element - 2] = column();
+        }
+        return glyph;
+    }
+
+private:
+    bool fill(std::span<std::uint8_t> bytes) {
+        while (!bytes.empty()) {
+            if (rest_.empty())
+                rest_ = std::span(chunk_).first(source_.read(chunk_));
+            if (rest_.empty())
+                return false;
+            const auto next = rest_.first(std::min(bytes.size(), rest_.size()));
+            std::copy(next.begin(), next.end(), bytes.begin());
+            bytes = bytes.subspan(next.size());
+            rest_ = rest_.subspan(next.size());
+            taken_ += next.size();
+        }
+        return true;
+    }
+
+    /// A little-endian value of that type, kept as what it is counted in.
+    template <typename Stored, typename Kept>
+    bool take(Kept& kept) {
+        std::array<std::uint8_t, sizeof(Stored)> bytes{};
+        if (!fill(bytes))
+            return false;
+        if constexpr (std::endian::native == std::endian::big)
+            std::reverse(bytes.begin(), bytes.end());
+        kept = std::bit_cast<Stored>(bytes);
+        return true;
+    }
+
+    bool takeText() {
+        std::uint16_t length = 0;
+        if (!take<std::uint16_t>(length))
+            return false;
+        text_.resize(length);
+        return fill(std::span(reinterpret_cast<std::uint8_t*>(text_.data()), length));
+    }
+
+    bool takeValue() {
+        std::uint16_t tag = 0;
+        if (!take<std::uint16_t>(tag))
+            return false;
+        tag_ = static_cast<GlyphTag>(tag);
+        switch (tag_) {
+            case GlyphTag::empty:
+            case GlyphTag::null:
+                return true;
+            case GlyphTag::int16:
+            case GlyphTag::boolean:
+                return take<std::int16_t>(integer_);
+            case GlyphTag::int32:
+                return take<std::int32_t>(integer_);
+            case GlyphTag::currency:
+                return take<std::int64_t>(integer_);
+            case GlyphTag::byte:
+                return take<std::uint8_t>(integer_);
+            case GlyphTag::float32:
+                return take<float>(real_);
+            case GlyphTag::float64:
+            case GlyphTag::date:
+                return take<double>(real_);
+            case GlyphTag::string:
+                return takeText();
+        }
+        throw RuntimeError(ErrorNumber::invalidFileFormat,
+                           "\"" + name_ + "\" is no character generator: type tag " + std::to_string(tag) +
+                               " at byte " + std::to_string(taken_ - sizeof tag) + "; expected 0 to 8, 11 or 17");
+    }
+
+    /// A 32-bit integer by rounding; too large outside its range and for what is no number.
+    static Column rounded(long double value) {
+        using Limits = std::numeric_limits<std::int32_t>;
+        const long double integer = roundedHalfToEven(value);
+        if (!(integer >= Limits::min() && integer <= Limits::max()))
+            return {Column::Kind::tooLarge, 0};
+        return {Column::Kind::integer, static_cast<std::int64_t>(integer)};
+    }
+
+    static Column numberOf(std::string_view text) {
+        const NumberInText read = numberInText(text);
+        switch (read.kind) {
+            case NumberInText::Kind::none:
+                return {Column::Kind::noNumber, 0};
+            case NumberInText::Kind::tooLarge:
+                return {Column::Kind::tooLarge, 0};
+            case NumberInText::Kind::bits:
+                return {Column::Kind::integer, static_cast<std::int32_t>(static_cast<std::uint32_t>(read.value))};
+            case NumberInText::Kind::number:
+                break;
+        }
+        return rounded(read.value);
+    }
+
+    /// The column of the value that was taken last.
+    Column column() const {
+        switch (tag_) {
+            case GlyphTag::empty:
+                return {};
+            case GlyphTag::null:
+                return {Column::Kind::null, 0};
+            case GlyphTag::float32:
+            case GlyphTag::float64:
+            case GlyphTag::date:
+                return rounded(real_);
+            case GlyphTag::currency:  // exact to the last of its units for all that is near a byte
+                return {Column::Kind::integer, static_cast<std::int64_t>(roundedHalfToEven(integer_ / 10000.0L))};
+            case GlyphTag::string:
+                return numberOf(text_);
+            case GlyphTag::boolean:
+                return {Column::Kind::byte, integer_ != 0 ? 255 : 0};
+            case GlyphTag::byte:
+                return {Column::Kind::byte, integer_};
+            case GlyphTag::int16:
+            case GlyphTag::int32:
+                break;
+        }
+        return {Column::Kind::integer, integer_};
+    }
+
+    ByteReader& source_;
+    const std::string& name_;
+    std::array<std::uint8_t, 16384> chunk_;
+    std::span<const std::uint8_t> rest_;  // of the chunk
+    std::size_t taken_ = 0;
+
+    // The value that was taken last; the member that its tag asks for.
+    GlyphTag tag_ = GlyphTag::empty;
+    std::int64_t integer_ = 0;
+    double real_ = 0;
+    std::string text_;
+};
+
 GlyphFile GlyphFile::read(const std::string& path) {
-    return parse(readFile(path, kLongestFile), path);
+    return parse(*openToRead(path), path);
 }
 
 GlyphFile GlyphFile::parse(std::span<const std::uint8_t> bytes, const std::string& name) {
+    MemoryReader reader(bytes);
+    return parse(reader, name);
+}
+
+GlyphFile GlyphFile::parse(ByteReader& bytes, const std::string& name) {
     GlyphFile file;
-    Reader reader(bytes, name);
-    while (file.records_.size() < kGlyphRecords) {
-        auto record = reader.record();
-        if (!record)
+    Parser parser(bytes, name);
+    while (file.glyphs_.size() < kGlyphRecords) {
+        const auto glyph = parser.glyph(file.glyphs_.size());
+        if (!glyph)
             break;
-        file.records_.push_back(std::move(*record));
+        file.glyphs_.push_back(*glyph);
     }
     return file;
 }
 
 bool GlyphFile::has(std::uint8_t code) const {
-    if (code >= records_.size() || records_[code].front().tag != GlyphTag::string)
-        return false;
-    const auto& text = std::get<std::string>(records_[code].front().content);
-    return text.size() == 1 && static_cast<std::uint8_t>(text.front()) == code;
+    return code < glyphs_.size() && glyphs_[code].isPresent;
 }
 
 int GlyphFile::count() const {
@@ -210,15 +213,23 @@ int GlyphFile::count() const {
 
 std::uint8_t GlyphFile::column(std::uint8_t code, int column, bool inverted) const {
     const std::string where = "glyph column " + std::to_string(column) + " of character code " + std::to_string(code);
-    if (code >= records_.size() || column < 0 || column >= kGlyphColumns)
+    if (code >= glyphs_.size() || column < 0 || column >= kGlyphColumns)
         throw RuntimeError(ErrorNumber::subscript, where + " is not in the generator");
-    const GlyphValue& value = records_[code][static_cast<std::size_t>(column) + 2];
-
-    std::int64_t integer = columnInteger(value, where);
-    if (inverted) {
-        const bool ofOneByte = value.tag == GlyphTag::byte || value.tag == GlyphTag::boolean;
-        integer = ofOneByte ? 255 - integer : -1 - integer;
+    const Column& stored = glyphs_[code].columns[static_cast<std::size_t>(column)];
+    switch (stored.kind) {
+        case Column::Kind::null:
+            throw RuntimeError(ErrorNumber::invalidNull, where + " is null");
+        case Column::Kind::noNumber:
+            throw RuntimeError(ErrorNumber::typeMismatch, where + " is a text that is no number");
+        case Column::Kind::tooLarge:
+            throw RuntimeError(ErrorNumber::overflow, where + " lies outside 0 to 255");
+        case Column::Kind::integer:
+        case Column::Kind::byte:
+            break;
     }
+    std::int64_t integer = stored.value;
+    if (inverted)
+        integer = stored.kind == Column::Kind::byte ? 255 - integer : -1 - integer;
     if (integer < 0 || integer > 255)
         throw RuntimeError(ErrorNumber::overflow, where + (inverted ? " complemented is " : " is ") +
                                                       std::to_string(integer) + "; a column byte holds 0 to 255");

@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <variant>
 #include <vector>
 
-#include "shared/frame_byte.h"
+#include "shared/screen_geometry.h"
 
 namespace opane {
 
+class ByteReader;
+
 // The format is described in docs/character-generator.md.
 
-inline constexpr int kGlyphRecords = 256;  ///< one record a character code, in code order
+inline constexpr int kGlyphRecords = 256;  ///< one record for each character code, in code order
 inline constexpr int kGlyphElements = 8;   ///< the character, one unused value, six pixel columns
 
 /// Type tags of the values in a generator file.
@@ -31,19 +32,12 @@ enum class GlyphTag : std::uint16_t {
     byte = 17,
 };
 
-/// One tagged value. Currency is counted in 1/10000; a date is a number of days.
-struct GlyphValue {
-    GlyphTag tag = GlyphTag::empty;
-    std::variant<std::monostate, std::int64_t, double, std::string> content;
-};
-
-using GlyphRecord = std::array<GlyphValue, kGlyphElements>;
-
-/// A character generator: the 256 records of a file.
+/// A character generator: what is drawn of the 256 records of a file.
 class GlyphFile {
 public:
-    /// Reads a generator file. What a short file lacks is absent, a record that it cuts included; bytes after the last
-    /// record are not looked at.
+    /// Reads a generator file, record by record, so that the longest one, of 134 MB, takes no more memory than a usual
+    /// one. What a short file lacks is absent, a record that it cuts included; bytes after the last record are not
+    /// looked at.
     /// @param path  UTF-8
     /// @throws RuntimeError as readFile (53 missing, 70, 75, 76), 321 (invalid file format) for an unknown type tag
     static GlyphFile read(const std::string& path);
@@ -66,7 +60,22 @@ public:
     std::uint8_t column(std::uint8_t code, int column, bool inverted) const;
 
 private:
-    std::vector<GlyphRecord> records_;  // by code; fewer than 256 from a short file
+    class Parser;
+
+    /// What the value of a pixel column comes to, before it is complemented or narrowed to a byte.
+    struct Column {
+        enum class Kind : std::uint8_t { integer, byte, null, noNumber, tooLarge };
+        Kind kind = Kind::integer;
+        std::int64_t value = 0;
+    };
+    struct Glyph {
+        bool isPresent = false;
+        std::array<Column, kGlyphColumns> columns;
+    };
+
+    static GlyphFile parse(ByteReader& bytes, const std::string& name);
+
+    std::vector<Glyph> glyphs_;  // by code; fewer than 256 from a short file
 };
 
 }  // namespace opane

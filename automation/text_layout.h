@@ -19,7 +19,7 @@ struct TextPlacement {
     std::int16_t blocks;      ///< blocks touched
 };
 
-/// One code a character: nothing where the code page lacks it.
+/// One code for each character: nothing where the code page lacks it.
 using TextCodes = std::vector<std::optional<std::uint8_t>>;
 
 /// The characters of a UTF-8 text in the single-byte code page. What is no valid UTF-8 has no code, byte by byte.
@@ -39,8 +39,7 @@ std::optional<std::size_t> firstAbsent(const TextCodes& text, const GlyphFile& g
 /// @param inverted   every pixel of the text's columns complemented
 /// @return the blocks from left to right; nothing when the generator lacks a character
 /// @throws RuntimeError 9 (subscript) when a block lies outside the screen, 6 (overflow) when 8 x intLignePos does not
-/// fit
-///         a 16-bit number, and what GlyphFile::column raises
+///         fit a 16-bit number, and what GlyphFile::column raises
 std::optional<std::vector<BlockRows>> renderText(const TextCodes& text, const TextPlacement& placement,
                                                  std::int16_t intLignePos, bool inverted, const GlyphFile& glyphs,
                                                  const ScreenImage& image);

@@ -1,25 +1,25 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <iterator>
+#include <limits>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <variant>
 
 #include "support/campaign/campaign.h"
+#include "tools/command_line/command_line.h"
 
 namespace {
 
 using namespace opane::test::campaign;
 
-constexpr int kWrongUsage = 2;
 constexpr double kMostBorderline = 0.02;     // share of the cases
 constexpr std::size_t kMostGrowthKiB = 512;  // of the process, after its first tenth
 constexpr std::size_t kMostComplaints = 10;
@@ -31,41 +31,28 @@ struct Options {
     bool onTerminal = false;
 };
 
-void printUsage() {
-    std::printf(
-        "usage: opane-campaign [--seed N] [--cases N] [--pty] [--case K]\n"
-        "Exchanges on a line on which everything goes wrong, each followed by a good one; checked against the rules.\n"
-        "  --seed N   what is drawn (1); the first %zu cases are the same for every seed\n"
-        "  --cases N  how many cases, two exchanges each (500000)\n"
-        "  --pty      on a pseudo-terminal, through the system's serial port, instead of in memory\n"
-        "  --case K   runs case K of the seed alone and describes it\n"
-        "Exit status: 0 all was right, 1 something was not, 2 wrong usage or no pseudo-terminal.\n",
-        enumeratedCases());
-}
-
-std::optional<Options> readOptions(int argc, char** argv) {
+std::variant<Options, opane::tools::Exit> readOptions(int argc, char** argv) {
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view name = argv[i];
-        if (name == "--pty") {
-            options.onTerminal = true;
-            continue;
-        }
-        std::uint64_t value = 0;
-        const std::string_view text = i + 1 < argc ? argv[i + 1] : "";
-        const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc{} || rest != text.data() + text.size())
-            return std::nullopt;
-        ++i;
-        if (name == "--seed")
-            options.seed = value;
-        else if (name == "--cases")
-            options.cases = value;
-        else if (name == "--case")
-            options.onlyCase = value;
-        else
-            return std::nullopt;
-    }
+    CLI::App app(
+        "Exchanges on a line on which everything goes wrong, each followed by a good one; checked against the rules.",
+        "opane-campaign");
+    app.footer("Exit status: 0 all was right, 1 something was not, 2 wrong usage or no pseudo-terminal.");
+    const auto anyNumber = opane::tools::number(0, std::numeric_limits<std::int64_t>::max());
+    const std::string same = std::to_string(enumeratedCases());
+    app.add_option("--seed", options.seed,
+                   "what is drawn (1); the first " + same + " cases are the same for every seed")
+        ->transform(anyNumber)
+        ->type_name("N");
+    app.add_option("--cases", options.cases, "how many cases, two exchanges each (500000)")
+        ->transform(anyNumber)
+        ->type_name("N");
+    app.add_flag("--pty", options.onTerminal,
+                 "on a pseudo-terminal, through the system's serial port, instead of in memory");
+    app.add_option("--case", options.onlyCase, "runs that case of the seed alone and describes it")
+        ->transform(anyNumber)
+        ->type_name("K");
+    if (const auto exit = opane::tools::readCommandLine(app, argc, argv))
+        return *exit;
     return options;
 }
 
@@ -135,15 +122,13 @@ int campaign(const Options& options) {
 
 int main(int argc, char** argv) {
     const auto options = readOptions(argc, argv);
-    if (!options) {
-        printUsage();
-        return kWrongUsage;
-    }
+    if (const auto* exit = std::get_if<opane::tools::Exit>(&options))
+        return exit->status;
     setenv("LC_ALL", "C", 1);  // another locale would be read from its files for every log line
     try {
-        return campaign(*options);
+        return campaign(std::get<Options>(options));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "opane-campaign: %s\n", error.what());
-        return kWrongUsage;
+        return opane::tools::kWrongUsage;
     }
 }

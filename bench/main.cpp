@@ -1,15 +1,18 @@
 #include <sys/utsname.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iterator>
-#include <optional>
+#include <set>
+#include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "figure.h"
+#include "tools/command_line/command_line.h"
 
 namespace {
 
@@ -33,18 +36,8 @@ constexpr Group kGroups[]{{"paced", pacedJobs}, {"modbus", besideModbus}, {"call
                           {"links", manyLinks}, {"silent", silentModule}, {"timeouts", timeOuts},
                           {"log", logCost},     {"memory", memory},       {"load", loadTime}};
 
-bool isAsked(const Group& group, const std::vector<std::string_view>& names) {
+bool isAsked(const Group& group, const std::vector<std::string>& names) {
     return names.empty() || std::find(names.begin(), names.end(), group.name) != names.end();
-}
-
-/// A name that is none of a group's; nothing when all are.
-std::optional<std::string_view> unknownOf(const std::vector<std::string_view>& names) {
-    for (const std::string_view name : names) {
-        if (std::none_of(std::begin(kGroups), std::end(kGroups),
-                         [name](const Group& group) { return group.name == name; }))
-            return name;
-    }
-    return std::nullopt;
 }
 
 void print(const Figure& figure) {
@@ -77,14 +70,17 @@ bool isWithin(const Group& group) {
 // Prints a table of what the library costs, measured on this machine, and ends with 1 when a figure is above its limit
 // (marked !!). Above its aim (~) is what a machine with other things to do shows. Arguments name the groups to measure.
 int main(int argc, char** argv) {
-    const std::vector<std::string_view> names(argv + 1, argv + argc);
-    if (const auto unknown = unknownOf(names)) {
-        std::fprintf(stderr, "opane-bench: no group \"%s\"; there are", std::string(*unknown).c_str());
-        for (const Group& group : kGroups)
-            std::fprintf(stderr, " %s", group.name.data());
-        std::fprintf(stderr, "\n");
-        return 2;
-    }
+    std::set<std::string> groups;
+    for (const Group& group : kGroups)
+        groups.emplace(group.name);
+    std::vector<std::string> names;
+    CLI::App app("Prints what the library costs, measured on this machine.", "opane-bench");
+    app.footer("Exit status: 0, 1 when a figure is above its limit (!!), 2 wrong usage.");
+    app.add_option("GROUP", names, "what to measure; everything without it")
+        ->check(CLI::IsMember(groups))
+        ->type_name("");
+    if (const auto exit = opane::tools::readCommandLine(app, argc, argv))
+        return exit->status;
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // nothing unwritten is left to a forked child
     printMachine("before");
     std::printf("%-62s   %9s %9s %9s\n", "figure, a median of at least 7 rounds", "measured", "aim", "at most");

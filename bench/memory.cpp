@@ -96,6 +96,30 @@ double hostPeakMiB() {
     return peak;
 }
 
+/// The program that shows a generator, on the longest one: every value a string of 65535 characters but for the one
+/// character that it has. Holes in the file stand for most of them.
+double longestGeneratorPeakMiB() {
+    constexpr int kShown = 'A';
+    constexpr std::streamoff kCharacters = 65535;
+    const std::string path = libraryFolder() + "/opane-bench-memory.gen";
+    {
+        std::ofstream file(path, std::ios::binary);
+        for (int code = 0; code < 256; ++code) {
+            for (int element = 0; element < 8; ++element) {
+                if (code == kShown && element == 0)
+                    file << std::string{8, 0, 1, 0, kShown};
+                else if (code == kShown)
+                    file << std::string{8, 0, '\xFF', '\xFF'} << std::string(kCharacters, '0');
+                else
+                    file.write("\x08\0\xFF\xFF", 4).seekp(kCharacters, std::ios::cur);
+            }
+        }
+    }
+    const double peak = peakKiB({libraryFolder() + "/opane-generator", "show", path}) / 1024;
+    std::remove(path.c_str());
+    return peak;
+}
+
 double growthKiB() {
     const ModuleFarm farm(1, 9600, false);  // a simulated module in this process would keep every frame that it hears
     BenchLink bench(farm.devices().front(), 9600);
@@ -120,6 +144,8 @@ Measured memory() {
     measured.figures = {
         {"peak memory of a small host, one text, MiB", hostPeakMiB(), 6, 4, "hello_text"},
         {"peak memory of the program opane, its largest job, MiB", worstPeakMiB(), 6, 4, "text, bitmap, eeprom, info"},
+        {"peak memory with the longest generator, of 134 MB, MiB", longestGeneratorPeakMiB(), 6, 8,
+         "opane-generator show"},
         {"memory grown over 200 repeats of three jobs, KiB", growthKiB(), 256, 100, "text, bitmap, EEPROM read"}};
     return measured;
 }

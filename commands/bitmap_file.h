@@ -21,7 +21,7 @@ struct BitmapFile {
     /// Reads a file.
     /// @param path  UTF-8
     /// @throws RuntimeError as readFile (53 missing, 70, 75, 76), 9 (subscript) when the picture does not fit the
-    /// screen
+    ///         screen
     static BitmapFile read(const std::string& path);
 
     /// The same from bytes in memory. What is beyond their end reads as 0, and so shows dark.

@@ -40,7 +40,7 @@ bool clsOPane::readEeprom(const EepromCommand& command, std::int16_t intBaseAdre
     if (!isRange(command, intBaseAdress, intLengthOfData))
         return false;
     return runOnRange(command, intBaseAdress, intLengthOfData, ByteArray{frameByte(intLengthOfData, "length")},
-                      arrbytReturnedData);
+                      arrbytReturnedData, false);
 }
 
 bool clsOPane::writeEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
@@ -49,17 +49,19 @@ bool clsOPane::writeEeprom(const EepromCommand& command, std::int16_t intBaseAdr
         arrbytDataToWrite.size() != static_cast<std::size_t>(intLengthOfData))
         return false;
     ByteArray unused;
-    return runOnRange(command, intBaseAdress, intLengthOfData, arrbytDataToWrite, unused);
+    constexpr bool kSeesToEnd = true;  // a block that is perhaps written would be the worst end
+    return runOnRange(command, intBaseAdress, intLengthOfData, arrbytDataToWrite, unused, kSeesToEnd);
 }
 
 bool clsOPane::runOnRange(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                          const ByteArray& data, ByteArray& receivedInfo) {
+                          const ByteArray& data, ByteArray& receivedInfo, bool seesToEnd) {
     const Running running(*this);
     logCommandType(command);
     logCommand(command, "Length : " + std::to_string(intLengthOfData));
     logCommand(command, "Base adress : " + std::to_string(intBaseAdress));
     const std::uint8_t low = frameByte(intBaseAdress % 256, "low byte of the base address");
     const std::uint8_t high = frameByte(intBaseAdress / 256, "high byte of the base address");
+    seesToEnd_ = seesToEnd;
     return runCommand(command, low, high, receivedInfo, data);
 }
 

@@ -1,6 +1,6 @@
 // The command lines of opane and opane-sim, and the numbers and bytes on them. Nothing is run and no device opened.
 //
-// Input: one word a line. The first byte chooses: 's' opane-sim, 'n' a number or bytes, otherwise opane.
+// Input: one word on each line. The first byte chooses: 's' opane-sim, 'n' a number or bytes, otherwise opane.
 
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -31,11 +31,11 @@ void parseValues(const std::string& text) {
 
 void parseOPane(int count, char** words) {
     tool::Arguments arguments;
-    tool::Run run;
+    tool::Run chosen;
     CLI::App app("fuzzed", "opane");
     app.option_defaults()->take_last();
     tool::addCommonOptions(app, arguments);
-    tool::addSubcommands(app, run);
+    tool::addSubcommands(app, chosen);
     try {
         app.parse(count, words);
     } catch (const CLI::ParseError& error) {

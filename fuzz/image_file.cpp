@@ -33,7 +33,9 @@ int runOPane(Words words) {
     tool::addSubcommands(app, run);
     app.parse(words);
     try {
-        return run(arguments);
+        tool::Report report(false);
+        tool::Session session(arguments, report);
+        return run(session);
     } catch (const tool::InputError&) {
         return tool::kWrongInput;
     } catch (const RuntimeError&) {

@@ -49,6 +49,7 @@ bool clsOPane::OpenCommunication() {
     } catch (const std::exception&) {
         return false;  // the control keeps the reason for the error of the next read or write
     }
+    synchronized_ = false;  // it was closed until now, perhaps by a device that has vanished
     return true;
 }
 
@@ -87,6 +88,8 @@ void clsOPane::Terminate() {
 void clsOPane::logEvent(std::string_view procedure, std::string_view text, std::int16_t level) {
     if (!log_)
         throw RuntimeError(ErrorNumber::objectNotSet, "this thread has no log: its object has ended");
+    if (observer_ != nullptr)
+        observer_->noted(procedure, text);
     std::string strProcName(procedure);
     std::string strdata(text);
     log_->LogEvent(strProcName, strdata, level);

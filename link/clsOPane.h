@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "link/frame.h"
 #include "link/frmComm.h"
 #include "link/frmDialog.h"
+#include "link/link_observer.h"
 #include "log/clsLog.h"
 #include "shared/frame_byte.h"
 #include "shared/screen_geometry.h"
@@ -18,13 +20,19 @@ namespace opane {
 struct Command;
 struct BlockCommand;
 struct EepromCommand;
+struct ConnectionChoice;
 
 /// The one link of a thread to its module: the serial port, the handshake, the exchange with retries, and one operation
-/// a command of the module. Owned by the thread's globals as gobjOPane; made by create().
+/// for each command of the module. Owned by the thread's globals as gobjOPane; made by create().
 ///
 /// Everything runs on the caller's thread. Every wait lets the host's pending events run, and such an event may end
 /// the object that holds this link: an operation keeps its link and its log until it returns. There is no lock and no
 /// guard against a nested exchange on the same link; callers run one operation at a time.
+///
+/// The cancellation of the thread's services ends a running call before its time: nothing new is sent then, and every
+/// exchange and handshake fails at once as with a silent module, with its lines in the log. Two things are seen to
+/// their end all the same: a write to an EEPROM whose frame is out, for its time on the wire and 300 ms, and the second
+/// of a reset.
 ///
 /// Errors of the serial control (8018 port not open, 57 device vanished) are raised by every operation that reads or
 /// writes. An operation that logs raises the log's errors (76 when its folder is missing), and 91 when its thread had
@@ -93,9 +101,10 @@ public:
     /// @throws RuntimeError 8000 (port is open), 380 (invalid settings)
     void ChangeComPortConfiguration();
 
-    bool IsSynchronized() const { return synchronized_; }
+    /// Whether the last handshake was good and the port has been open ever since: a device that vanishes closes it.
+    bool IsSynchronized() const { return synchronized_ && IsOpen(); }
 
-    /// Writes all bytes to the port, in order and in one write.
+    /// Writes all bytes to the port, in order and in one write; none when the call has been cancelled.
     void SendArrayOfByte(std::span<const std::uint8_t> arrbytArrayToSend);
 
     // The pattern commands. A refusal before anything is logged or sent, and a failed exchange, both give false. A
@@ -132,7 +141,7 @@ public:
     ///         reading is above 32767; 9 (subscript) when the answer has fewer than two info bytes
     bool OPaneCmd_ReadADC(std::int16_t intADCNumber, std::int32_t& lngReturnValue);
 
-    // Registers of the backlight, one bank a colour (0 physical, 1 set point, 2 final future value, 3 ADC, 4 zone,
+    // Registers of the backlight, one bank per colour (0 physical, 1 set point, 2 final future value, 3 ADC, 4 zone,
     // 5 increment), and of the LCD controller (0 command, 1 data). Values are bytes. False when the exchange failed; a
     // value read is 0 then. A register that fits no frame byte raises RuntimeError 6 (overflow), and nothing is sent.
 
@@ -179,19 +188,17 @@ public:
     /// Shows a one-bit bitmap file on the whole screen (docs/bitmap.md). What the picture lacks is sent blank.
     /// @param strFileNameWithPath  UTF-8
     /// @param arrActualImage       receives the picture's rows and byte columns before anything is sent; its others
-    /// stay
+    ///                             stay
     /// @return true when all eight lines were shown; after the first one that was not, no more are sent
     /// @throws RuntimeError 53, 70, 75, 76 for the file, 9 (subscript) for a picture larger than the screen; nothing
-    /// has
-    ///         been changed or sent then
+    ///         has been changed or sent then
     bool OPaneCmd_AfficheBMP(const std::string& strFileNameWithPath, ScreenImage& arrActualImage);
 
     /// Reads the temperature (0), the code of the last infrared key (1) or the LCD drive voltage (2).
     /// @param intParameter  any 0..255 is sent
     /// @param lngValueRead  0..65535; 0 when the result is false
     /// @throws RuntimeError 6 (overflow) when intParameter fits no frame byte (nothing has been sent then); 9
-    /// (subscript)
-    ///         when the answer has fewer than two info bytes
+    ///         (subscript) when the answer has fewer than two info bytes
     bool OPaneCmd_TempIRandVLCD(std::int16_t intParameter, std::int32_t& lngValueRead);
 
     /// Let the user pick an EEPROM image to read, or to write, where replacing a file is asked about. False when
@@ -209,6 +216,9 @@ public:
     /// Bus type: "RS232" or "RS485", exactly so; any other text is stored and makes handshakes fail.
     const std::string& CommunicationType() const { return communicationType_; }
     void CommunicationType(const std::string& strNewBusType) { communicationType_ = strNewBusType; }
+
+    /// Who watches this link; null: nobody, as on a new one. It outlives the link or is taken away before it ends.
+    void observer(LinkObserver* newObserver) { observer_ = newObserver; }
 
     /// Stands on the stack of a running operation and keeps the link and the thread's log until the outermost one
     /// ends, whatever a host event releases meanwhile. A caller of several operations in a row has one of its own.
@@ -228,11 +238,20 @@ private:
 
     bool ReceiveByte(std::uint8_t& bytTarget);
     void SelectByteInput();
-    void SendByte(std::uint8_t bytToSend);
+    bool SendByte(std::uint8_t bytToSend);
+    bool giveToPort(std::span<const std::uint8_t> bytes);
     void ClearInputBuffer();
+    bool dropInput();
+    /// Reads and drops what comes, until nothing has come for silenceMs milliseconds, longestMs at the most.
+    void waitForSilence(std::int32_t silenceMs, std::int32_t longestMs);
+    friend bool makeConnectionAgain(clsOPane& link, const ConnectionChoice& choice);
+    void stayAway(std::int64_t limitMs);
+    static bool isCancelled();
+    bool isWaitEnded() const;
 
     struct Exchange;
     void attempt(Exchange& exchange);
+    void send(const Exchange& exchange);
     void dropEcho();
     bool receiveHeader(FrameFields& answer);
     bool receiveInfo(Exchange& exchange);
@@ -258,8 +277,13 @@ private:
     bool writeEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
                      const ByteArray& arrbytDataToWrite);
     bool runOnRange(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                    const ByteArray& data, ByteArray& receivedInfo);
+                    const ByteArray& data, ByteArray& receivedInfo, bool seesToEnd);
     bool resynchroniseAtNewRate(const Command& command, std::string_view changedText);
+
+    struct Wait {
+        std::uint32_t start;
+        std::int32_t limitMs;
+    };
 
     frmComm comm_;
     frmDialog dialog_;
@@ -272,6 +296,9 @@ private:
     std::int16_t nodeNumber_ = 3;
     bool synchronized_ = false;
     std::string communicationType_;
+    bool seesToEnd_ = false;  // the next exchange: it is waited for also after a cancellation, once its frame is out
+    std::optional<Wait> lastWait_;  // of such an exchange that is running
+    LinkObserver* observer_ = nullptr;
     int running_ = 0;              // operations on the stack
     std::shared_ptr<clsLog> log_;  // of the outermost of them; null when its thread had none
 };

@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include "link/clsOPane.h"
+#include "platform/services.h"
 
 namespace opane {
 namespace {
@@ -10,6 +12,8 @@ namespace {
 constexpr std::int16_t kMostRetries = 4;  // a count above it ends the exchange
 constexpr int kMostHandshakes = 125;      // of one resynchronisation
 constexpr std::int16_t kLogLevel = 3;
+constexpr std::int32_t kAnswerMs = 300;  // for a module to begin its answer, where a cancelled call still waits for it
+constexpr std::int32_t kBaudRateOfANewPort = 9600;
 constexpr std::string_view kLogName = "clsOpane,SendDataAndReceiveResponse";
 
 }  // namespace
@@ -21,6 +25,7 @@ struct clsOPane::Exchange {
     ByteArray& receivedInfo;
     FrameFields answer{};      // a field that an attempt does not receive keeps its earlier value
     std::int16_t retries = 0;  // errors counted so far; one attempt can count several
+    bool seesToEnd = false;    // its answer is waited for also after a cancellation
     bool done = false;         // the answer is complete, or the resynchronisation failed
     bool ok = false;           // the current attempt has had no error
 };
@@ -29,6 +34,14 @@ bool clsOPane::SendDataAndReceiveResponse(std::uint8_t bytLength, std::uint8_t b
                                           std::uint8_t bytType, const ByteArray& arrbytData,
                                           ByteArray& arrbytReceivedInfo) {
     const Running running(*this);
+    const bool seesToEnd = std::exchange(seesToEnd_, false);
+    // A host event may run another exchange on this link in the middle of one.
+    struct Kept {
+        std::optional<Wait>& wait;
+        std::optional<Wait> outer = std::exchange(wait, std::nullopt);
+        ~Kept() { wait = outer; }
+    };
+    const Kept kept{lastWait_};
     FrameFields fields;
     fields.Leng = bytLength;
     fields.Node = frameByte(nodeNumber_, "node number");
@@ -38,6 +51,7 @@ bool clsOPane::SendDataAndReceiveResponse(std::uint8_t bytLength, std::uint8_t b
     ByteArray request = buildFrame(fields, arrbytData);
     fields = fieldsOf(request);
     Exchange exchange{std::move(request), fields, arrbytReceivedInfo};
+    exchange.seesToEnd = seesToEnd;
 
     do {
         attempt(exchange);
@@ -52,7 +66,7 @@ bool clsOPane::SendDataAndReceiveResponse(std::uint8_t bytLength, std::uint8_t b
 void clsOPane::attempt(Exchange& exchange) {
     logExchange(frameText("SEND", exchange.sent));
     ClearInputBuffer();  // the late bytes of an earlier answer must not be taken for this one
-    SendArrayOfByte(exchange.request);
+    send(exchange);
     SelectByteInput();
     exchange.ok = true;
 
@@ -82,7 +96,23 @@ void clsOPane::attempt(Exchange& exchange) {
         return;
     }
     logExchange(frameText("RCV", answer));
+    if (observer_ != nullptr)
+        observer_->answerTaken(exchange.receivedInfo);
     exchange.done = true;
+}
+
+void clsOPane::send(const Exchange& exchange) {
+    lastWait_.reset();
+    if (!giveToPort(exchange.request))
+        return;
+    if (exchange.seesToEnd) {
+        const auto wireBytes = static_cast<std::int64_t>(exchange.request.size() + kHeaderBytes + 1);
+        constexpr std::int64_t kBitTimes = 10;  // of a byte: start, 8 data bits, stop
+        const std::int64_t wireMs = wireBytes * kBitTimes * 1000 / (baudrate_ > 0 ? baudrate_ : kBaudRateOfANewPort);
+        lastWait_ = Wait{services().tickCounter->now(), static_cast<std::int32_t>(wireMs) + kAnswerMs};
+    }
+    if (observer_ != nullptr)
+        observer_->frameSent(exchange.request);
 }
 
 /// On an RS485 bus the host's own frame comes back ahead of the answer. A missing echo is no error.
@@ -137,6 +167,7 @@ void clsOPane::recover(Exchange& exchange, std::string_view errorText) {
     logExchange(errorText);
     logExchange(frameText("RCV", exchange.answer));
     logExchange("Try to resynchronize system");
+    lastWait_.reset();  // what was sent has been waited for
     resynchronise(exchange);
     exchange.ok = false;
 }

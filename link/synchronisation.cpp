@@ -20,20 +20,35 @@ SynchronisationCodes codesOf(std::int16_t intNodeNumber) {
 bool clsOPane::SendSynchronizeCharacter(std::int16_t intNodeNumber) {
     const Running running(*this);
     const SynchronisationCodes codes = codesOf(intNodeNumber);
+    const bool onBus = communicationType_ == "RS485";
+    const bool isBusKnown = onBus || communicationType_ == "RS232";
+    if (isCancelled()) {
+        synchronized_ = synchronized_ && !isBusKnown;
+        return false;
+    }
     ClearInputBuffer();
-    SendByte(codes.sent);
+    const bool isSent = SendByte(codes.sent);
     SelectByteInput();
 
-    const bool onBus = communicationType_ == "RS485";
-    if (!onBus && communicationType_ != "RS232")
+    if (!isBusKnown)
         return false;
 
-    std::uint8_t echo = 0;
-    std::uint8_t answer = 0;
-    synchronized_ = (!onBus || ReceiveByte(echo)) && ReceiveByte(answer) && answer == codes.expected;
+    const auto receive = [this]() -> std::optional<std::uint8_t> {
+        std::uint8_t byte = 0;
+        return ReceiveByte(byte) ? std::optional(byte) : std::nullopt;
+    };
+    Handshake made{intNodeNumber, codes.sent, codes.expected, onBus, {}, {}, false};
+    if (onBus)
+        made.echo = receive();
+    if (!onBus || made.echo)
+        made.answer = receive();
+    made.synchronized = made.answer == codes.expected;
+    synchronized_ = made.synchronized;
     if (synchronized_)
         nodeNumber_ = intNodeNumber;
-    return synchronized_;
+    if (isSent && observer_ != nullptr)
+        observer_->handshakeMade(made);
+    return made.synchronized;
 }
 
 }  // namespace opane

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <utility>
 
 #include "log/log_line.h"
 #include "platform/environment.h"
@@ -9,6 +10,7 @@
 #include "platform/folders.h"
 #include "platform/services.h"
 #include "shared/utf8.h"
+#include "shared/whole_number.h"
 
 namespace opane {
 namespace {
@@ -26,12 +28,13 @@ bool isSameSecond(const std::tm& one, const std::tm& other) {
 
 }  // namespace
 
-clsLog::clsLog() : testeurName_(environmentText("OPANE_LOG_TESTER")), writer_(std::make_unique<FileLineWriter>()) {
+clsLog::clsLog() : writer_(std::make_unique<FileLineWriter>()) {
+    if (std::string tester = environmentText("OPANE_LOG_TESTER"); isTesterName(tester))
+        testeurName_ = std::move(tester);
     const std::string folder = environmentText("OPANE_LOG_FOLDER");
     LogFolder(folder.empty() ? libraryFolder() + kPathSeparator + "log" : folder);
-    const std::string level = environmentText("OPANE_LOG_LEVEL");
-    if (level.size() == 1 && level.front() >= '0' && level.front() <= '3')
-        logLevel_ = static_cast<std::int16_t>(level.front() - '0');
+    if (const std::string level = environmentText("OPANE_LOG_LEVEL"); isLogLevel(level))
+        logLevel_ = static_cast<std::int16_t>(*wholeNumber(level));
 }
 
 void clsLog::LogEvent(std::string& strProcName, std::string& strdata, std::int16_t intLogLevelOfData) {

@@ -11,7 +11,8 @@ namespace opane {
 
 /// The daily event log of the library's traffic with the module (docs/log.md).
 /// A new log takes its level, tester name and folder from the environment variables OPANE_LOG_LEVEL (0 to 3),
-/// OPANE_LOG_TESTER and OPANE_LOG_FOLDER. Unset, or with a level that is no such number, nothing is ever written.
+/// OPANE_LOG_TESTER and OPANE_LOG_FOLDER. Unset, or with a level that is no such number, nothing is ever written; a
+/// tester name that would lead out of the folder is not taken.
 class clsLog {
 public:
     clsLog();
@@ -28,7 +29,7 @@ public:
     std::int16_t LogLevel() const { return logLevel_; }
     void LogLevel(std::int16_t intNewLogLevel) { logLevel_ = intNewLogLevel; }
 
-    /// Name of the tester or test station: the first part of the file's name.
+    /// Name of the tester or test station: the first part of the file's name, as it is given.
     const std::string& TesteurName() const { return testeurName_; }
     void TesteurName(const std::string& strNewTesteurName) { testeurName_ = strNewTesteurName; }
 

@@ -19,7 +19,7 @@ public:
 };
 
 /// Opens the file, appends the line and closes it: the file can be read or moved while the library runs.
-/// Errors are those of appendToFile.
+/// Errors are those of appendToFile; their texts say that it is the log.
 class FileLineWriter final : public LineWriter {
 public:
     void write(const std::string& fileName, const std::string& line, std::int16_t level) override;

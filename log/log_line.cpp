@@ -1,10 +1,19 @@
 #include "log/log_line.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "platform/regional_text.h"
+#include "shared/whole_number.h"
 
 namespace opane {
+
+bool isTesterName(std::string_view name) {
+    return std::none_of(name.begin(), name.end(), [](char character) {
+        const auto code = static_cast<unsigned char>(character);
+        return character == '/' || character == '\\' || code < ' ' || code == 0x7F;
+    });
+}
 
 std::string logFileName(const std::string& folder, const std::string& testeurName, const std::tm& moment) {
     char date[sizeof "_mm-dd-yy.LOG"];
@@ -20,6 +29,11 @@ std::string logLine(const std::string& stamp, std::int16_t level, const std::str
                     const std::string& procedureName) {
     const char* const indentation = level == 2 ? "  " : level == 3 ? "    " : "";
     return stamp + " Level" + std::to_string(level) + ' ' + indentation + message + procedureName + "\r\n";
+}
+
+bool isLogLevel(std::string_view text) {
+    const auto level = wholeNumber(text);
+    return level && *level >= 0 && *level <= 3;
 }
 
 }  // namespace opane

@@ -3,10 +3,16 @@
 #include <cstdint>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 namespace opane {
 
 // The layout of lines and names is described in docs/log.md.
+
+/// Whether a name that comes from outside, from the environment or a command line, can be taken as the tester's: it
+/// holds no separator of paths (/ or \, whatever the system), which would lead out of the log's folder, and no control
+/// character.
+bool isTesterName(std::string_view name);
 
 /// The name of the file of a day: folder, tester name, "_", the date as mm-dd-yy, ".LOG".
 std::string logFileName(const std::string& folder, const std::string& testeurName, const std::tm& moment);
@@ -17,5 +23,8 @@ std::string logStamp(const std::tm& moment);
 /// One line with its line end. The message and the procedure name come padded.
 std::string logLine(const std::string& stamp, std::int16_t level, const std::string& message,
                     const std::string& procedureName);
+
+/// Whether a text from outside is a level: 0 to 3, as wholeNumber reads it.
+bool isLogLevel(std::string_view text);
 
 }  // namespace opane

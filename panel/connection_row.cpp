@@ -1,3 +1,4 @@
+#include "link/connection.h"
 #include "panel/frmOPane.h"
 #include "panel/panel_texts.h"
 #include "platform/message_box.h"
@@ -48,14 +49,8 @@ void frmOPane::cmbNodeNumber_Click() {
 void frmOPane::cmdSynchronize_Click() {
     cmdSynchronize.enabled(false);
     const panel::Link link;
-    link->Baudrate(kSynchronisationRate);
-    if (link->CommPort() != globals().gintCommPort)
-        link->CommPort(globals().gintCommPort);
-    link->Timeout(clsOPane::kHandshakeTimeoutMs);
-    link->CommunicationType(globals().gstrBusType);
-    const bool synchronized = link->SendSynchronizeCharacter(globals().gintNodeNumber);
-    link->Timeout(clsOPane::kUsualTimeoutMs);
-    if (synchronized) {
+    const Globals& chosen = globals();
+    if (makeConnection(*link, {chosen.gintCommPort, kSynchronisationRate, chosen.gintNodeNumber, chosen.gstrBusType})) {
         showSynchronized(globals().gstrBusType + ", ");
         PrepareWindow(1);
     } else {

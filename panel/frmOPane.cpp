@@ -123,12 +123,10 @@ void frmOPane::afterError() {
         link->Timeout(clsOPane::kUsualTimeoutMs);
     if (FrameSSTab.visible())
         DisplayCommandStatus(false);
-    if (link && link->IsOpen() && link->IsSynchronized())
+    if (link && link->IsSynchronized())
         return;
     PrepareWindow(2);
     showNotSynchronized();
-    if (link && !link->IsOpen())
-        link->CloseCommunication();  // a port that closed by itself leaves the link marked as synchronised
 }
 
 /// Entry 0 of every list is selected, whatever was.

@@ -1,6 +1,7 @@
 #include "panel/number_text.h"
 
 #include <charconv>
+#include <limits>
 #include <system_error>
 
 #include "shared/utf8.h"
@@ -12,13 +13,15 @@ constexpr std::string_view kDigits = "0123456789ABCDEF";
 constexpr auto kHexadecimal = 16;
 constexpr auto kDecimal = 10;
 
-/// The whole text as one number that fits 16 bits.
+/// The whole text as one number; one beyond 16 bits is the nearest that fits.
 std::optional<std::int16_t> number(std::string_view text, int base) {
     std::int16_t value = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value, base);
-    if (error != std::errc() || stop != end)
+    if (stop != end || error == std::errc::invalid_argument)
         return std::nullopt;
+    if (error == std::errc::result_out_of_range)
+        return text.front() == '-' ? std::numeric_limits<std::int16_t>::min() : kLargestNumber;
     return value;
 }
 

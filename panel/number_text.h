@@ -18,11 +18,13 @@ std::string hexByteText(std::uint8_t value);
 /// Bytes from two hexadecimal digits each, in either case, without separators; nothing when anything else is there.
 std::optional<ByteArray> hexBytes(std::string_view text);
 
+inline constexpr std::int16_t kLargestNumber = 0x7FFF;
+
 /// A number from hexadecimal digits in either case, without sign, prefix or spaces; nothing when anything else is there
-/// or when it is above the largest.
-std::optional<std::int16_t> hexNumber(std::string_view text, std::int16_t largest);
-/// A 16-bit number from decimal digits, with "-" before them or not; nothing when anything else is there or when it
-/// does not fit.
+/// or when it is above the largest. Without that, one beyond 16 bits is the largest number, which no command takes.
+std::optional<std::int16_t> hexNumber(std::string_view text, std::int16_t largest = kLargestNumber);
+/// A number from decimal digits, with "-" before them or not; nothing when anything else is there. One beyond 16 bits
+/// is the nearest that fits, which no command takes.
 std::optional<std::int16_t> decimalNumber(std::string_view text);
 
 /// Characters, not bytes, of a UTF-8 text.

@@ -24,16 +24,17 @@ inline constexpr auto kPatternDigits = "Invalid Pattern: hexadecimal digits only
 
 inline constexpr auto kEepromTitle = "EEPROM Error";
 inline constexpr auto kRangeEmpty = "Champ Base Adress et/ou Length vide(s)";
-inline constexpr auto kBaseNumber = "Invalid Base Adress: hexadecimal number from 0 to 7FFF expected";
-inline constexpr auto kLengthNumber = "Invalid Length: hexadecimal number from 0 to 7FFF expected";
+inline constexpr auto kBaseNumber = "Invalid Base Adress: hexadecimal digits only";
+inline constexpr auto kLengthNumber = "Invalid Length: hexadecimal digits only";
 inline constexpr auto kDataLength = "Longueur des data incorrecte";
 inline constexpr auto kDataDigits = "Invalid Data: hexadecimal digits only";
 inline constexpr auto kNothingSaved = "The EEPROM was not read completely. Nothing was saved.";
+inline constexpr auto kSaveCancelled = "The save was cancelled. Nothing was saved.";
 inline constexpr auto kImageSize = "Invalid BIN File: exactly 1024 bytes expected. Nothing was written.";
 
 inline constexpr auto kBacklightTitle = "Write BACKLIGHT Error";
 inline constexpr auto kIntensityEmpty = "Champ Intensité vide";
-inline constexpr auto kIntensityNumber = "Invalid Intensity: decimal number from 0 to 255 expected";
+inline constexpr auto kIntensityNumber = "Invalid Intensity: decimal number expected";
 inline constexpr auto kRegisterAndMode =
     "Le registre physique ne peut être utilisé qu'en mode No Control. \r\n"
     "Le registre de consigne ne peut être utilisé qu'en mode Automatique.";

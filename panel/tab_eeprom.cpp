@@ -16,7 +16,6 @@ namespace {
 constexpr std::size_t kBlockBytes = 128;  // the most that one command takes
 constexpr std::size_t kLineBytes = 16;    // of a text
 constexpr auto kLineEnd = "\r\n";
-constexpr std::int16_t kLargestNumber = 0x7FFF;  // of a typed base address or length
 
 struct Eeprom {
     std::string name;
@@ -45,8 +44,8 @@ std::optional<ByteArray> readRange(clsOPane& link, const Eeprom& eeprom, std::in
 /// What came of the blocks of an EEPROM, one after the other.
 struct BlockResults {
     std::size_t good = 0;
-    bool last = false;  // result of the last block; false when the operator has cancelled
-    bool cancelled = false;
+    bool last = false;       // result of the last block; false when one was left out
+    bool cancelled = false;  // also in the last block, when there was nothing to leave out any more
 };
 
 /// Does something to every block, whatever came of the ones before it, until the operator cancels.
@@ -57,12 +56,11 @@ BlockResults forEachBlock(window::Form& form, const Eeprom& eeprom, const char* 
     BlockResults results;
     for (std::size_t block = 0; block < eeprom.blocks; ++block) {
         if (!work.advance(static_cast<int>(block)))
-            break;
+            return {results.good, false, true};
         results.last = atBlock(static_cast<std::int16_t>(block * kBlockBytes));
         results.good += results.last ? 1 : 0;
     }
     results.cancelled = !work.advance(static_cast<int>(eeprom.blocks));
-    results.last = results.last && !results.cancelled;
     return results;
 }
 
@@ -96,8 +94,8 @@ struct Range {
 std::optional<Range> typedRange(const frmOPane& form) {
     const std::string& base = form.txtEEPROMBaseAdress.text();
     const std::string& length = form.txtEEPROMLength.text();
-    const auto baseNumber = hexNumber(base, kLargestNumber);
-    const auto lengthNumber = hexNumber(length, kLargestNumber);
+    const auto baseNumber = hexNumber(base);
+    const auto lengthNumber = hexNumber(length);
     if (base.empty() || length.empty())
         panel::refuse(panel_texts::kRangeEmpty, panel_texts::kEepromTitle);
     else if (!baseNumber)
@@ -134,6 +132,7 @@ void frmOPane::cmdSaveBINFile_Click() {
         DisplayCommandStatus(false);
         return;
     }
+    checkWholeFile(strFileName);  // before the EEPROM is read; what is there stays until all has been read
     ByteArray image;
     const BlockResults results = forEachBlock(*this, kSystem, "Saving the ", [&](std::int16_t base) {
         const auto block = readRange(*link, kSystem, base, kBlockBytes);
@@ -141,11 +140,13 @@ void frmOPane::cmdSaveBINFile_Click() {
             image.insert(image.end(), block->begin(), block->end());
         return block.has_value();
     });
-    if (results.good == kSystem.blocks && !results.cancelled)
-        writeWholeFile(strFileName, image);
-    else
+    if (results.cancelled)
+        panel::refuse(panel_texts::kSaveCancelled, panel_texts::kEepromTitle);
+    else if (results.good != kSystem.blocks)
         panel::refuse(panel_texts::kNothingSaved, panel_texts::kEepromTitle);
-    DisplayCommandStatus(results.last);
+    else
+        writeWholeFile(strFileName, image);
+    DisplayCommandStatus(results.last && !results.cancelled);
 }
 
 void frmOPane::cmdWriteAllEEPROM_Click() {

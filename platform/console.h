@@ -11,6 +11,11 @@ std::vector<std::string> programArguments(int argc, char** argv);
 /// Whether standard error is a terminal that takes control sequences.
 bool standardErrorIsTerminal();
 
+enum class StandardStream { output = 1, error = 2 };
+
+/// Whether the stream is a pipe or a socket whose other end is gone, so that nobody reads what is written to it.
+bool isBrokenPipe(StandardStream stream);
+
 /// Lets the terminal show UTF-8 for as long as it lives, where it does not by itself.
 class Utf8Console {
 public:

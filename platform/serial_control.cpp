@@ -90,13 +90,19 @@ public:
                 lastProgress = ticks.now();
             else if (isPast(lastProgress, ticks.now(), kOutputStallMs))
                 refuse({ErrorNumber::deviceIo, "the device takes no bytes"});
+            else if (const Cancellation* const cancellation = services().cancellation;
+                     cancellation != nullptr && cancellation->cancelled())
+                return;
         }
     }
 
     bool WaitForInput(std::int32_t limitMs) override {
         if (!PortOpen() || limitMs <= 0 || waiting() > 0)
             return waiting() > 0;
-        return device_->waitForInput(limitMs);
+        // Who waits although it is cancelled means to, and is not to be woken by it again and again.
+        const Cancellation* const cancellation = services().cancellation;
+        const bool mayEndIt = cancellation != nullptr && !cancellation->cancelled();
+        return device_->waitForInput(limitMs, mayEndIt ? cancellation : nullptr);
     }
 
 private:

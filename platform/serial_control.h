@@ -40,8 +40,7 @@ public:
 
     /// True opens the port for this control alone, False closes it and drops what waits in either direction.
     /// @throws RuntimeError 8005 (already open, here or elsewhere), 8002 (no such port), 70 (not allowed), 57 (the
-    /// device
-    ///         refuses the settings); the port is closed then, and the reason is part of later texts of error 8018
+    ///         device refuses the settings); the port is closed then, and the reason is part of later texts of error 8018
     virtual bool PortOpen() const = 0;
     virtual void PortOpen(bool blnOpen) = 0;
 
@@ -55,13 +54,14 @@ public:
     virtual std::span<const std::uint8_t> Input() = 0;
 
     /// Queues the bytes for transmission, in order and in one write where the system takes it. Blocks only while the
-    /// device takes nothing because the system's transmit buffer is full, at most 1 s at a stretch.
+    /// device takes nothing because the system's transmit buffer is full, at most 1 s at a stretch; what it has not
+    /// taken when the thread's cancellation ends the wait is dropped.
     /// @throws RuntimeError 8018 (port not open), 57 (the device vanished, or took nothing for 1 s)
     virtual void Output(std::span<const std::uint8_t> arrbytOutput) = 0;
 
     /// Blocks until a byte waits, until the device has vanished (the next Input says so) or for limitMs milliseconds,
-    /// whichever comes first; an event of the host may end it early. Not at all when the port is closed or limitMs is 0
-    /// or less.
+    /// whichever comes first; an event of the host and the thread's cancellation may end it early. Not at all when the
+    /// port is closed or limitMs is 0 or less.
     /// @return whether there is something for Input to take or to say
     virtual bool WaitForInput(std::int32_t limitMs) = 0;
 };

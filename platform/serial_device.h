@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "platform/cancellation.h"
 #include "shared/runtime_error.h"
 
 namespace opane {
@@ -38,9 +39,10 @@ public:
     virtual std::size_t write(std::span<const std::uint8_t> bytes) = 0;
 
     /// Blocks until there is something to read, until the device has vanished (the next read says so) or for limitMs
-    /// milliseconds, above 0. An event of the host may end it early.
+    /// milliseconds, above 0. An event of the host may end it early, and so does the cancellation.
+    /// @param cancellation  null: none
     /// @return whether there is something for read to take or to say
-    virtual bool waitForInput(std::int32_t limitMs) = 0;
+    virtual bool waitForInput(std::int32_t limitMs, const Cancellation* cancellation) = 0;
 };
 
 /// Whether that is one of the system's standard baud rates.

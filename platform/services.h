@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/cancellation.h"
 #include "platform/file_dialog.h"
 #include "platform/message_box.h"
 #include "platform/regional_text.h"
@@ -20,6 +21,8 @@ struct Services {
     TickCounter* tickCounter = &systemTickCounter();
     /// The thread's local date and time, for the log.
     Calendar calendar = systemLocalTime;
+    /// What ends calls before their time; null when nothing does. Whoever sets it keeps it alive.
+    Cancellation* cancellation = nullptr;
     /// Runs the host's pending events once; empty when the host has none. It must not throw.
     std::function<void()> eventHook;
     MessageBoxHandler messageBox;  ///< empty: the system's way

@@ -27,4 +27,9 @@ constexpr bool isPast(std::uint32_t start, std::uint32_t now, std::int32_t limit
     return limitMs < 0 || now - start > static_cast<std::uint32_t>(limitMs);
 }
 
+/// How much of that wait is left, milliseconds: 0 or less when it is over.
+constexpr std::int64_t leftOf(std::uint32_t start, std::uint32_t now, std::int32_t limitMs) {
+    return std::int64_t{limitMs} - static_cast<std::int64_t>(now - start) + 1;
+}
+
 }  // namespace opane

@@ -5,6 +5,8 @@
 #include <regex>
 #include <stdexcept>
 
+#include "shared/whole_number.h"
+
 namespace opane::simulator {
 namespace {
 
@@ -58,8 +60,19 @@ int numberBehindColon(const FaultRow& row, int value) {
     return value;
 }
 
+/// What one of the grammar's numbers tells.
+std::size_t counted(const std::string& text) {
+    const auto value = wholeNumber(text);
+    if (!value || *value > kMostCounted)
+        throw std::invalid_argument(text + " is too large a number; the most is " + std::to_string(kMostCounted));
+    return static_cast<std::size_t>(*value);
+}
+
 FaultOrder parsed(const std::string& text) {
-    static const std::regex kGrammar("([a-z-]+?)(?::([0-9]{1,6}))?(?:@(h?)([0-9]{1,6}))?(?:x([0-9]{1,6}|all))?");
+    static const std::string kNumber = "(0x[0-9a-fA-F]+|[0-9]+)";
+    static const std::regex kGrammar("([a-z-]+?)(?::" + kNumber + ")?(?:@(h?)" + kNumber + ")?(?:x(" + kNumber +
+                                     "|all))?");
+    static const std::regex kNumberOrCount("[:@h]0x[0-9]+$");  // "@0x2" is 2, or 0 and the count 2
     std::smatch part;
     if (text.size() > kLongestOrder || !std::regex_match(text, part, kGrammar))
         throw std::invalid_argument("expected NAME[:NUMBER][@AFTER][xCOUNT]");
@@ -71,20 +84,24 @@ FaultOrder parsed(const std::string& text) {
         throw std::invalid_argument("no such fault; there are " + names);
     }
 
+    if (row->takesCount && (part[4].matched || row->least == 0) && std::regex_search(text, kNumberOrCount))
+        throw std::invalid_argument(
+            "its 0x may begin a number or be 0 and a count; write the number in decimal, or leave the 0 out");
+
     FaultOrder order{row->fault};
     if (part[2].matched) {
-        const int number = numberBehindColon(*row, std::stoi(part.str(2)));
+        const int number = numberBehindColon(*row, static_cast<int>(counted(part.str(2))));
         if (row->colon == Colon::count)
             order.count = static_cast<std::size_t>(number);
         else
             order.parameter = number;
     }
     if (part[4].matched)
-        (part.length(3) != 0 ? order.afterHandshakes : order.after) = std::stoul(part.str(4));
+        (part.length(3) != 0 ? order.afterHandshakes : order.after) = counted(part.str(4));
     if (part[5].matched) {
         if (!row->takesCount)
             throw std::invalid_argument(std::string(row->name) + " takes no count behind an x");
-        order.count = part.str(5) == "all" ? kForEver : std::stoul(part.str(5));
+        order.count = part.str(5) == "all" ? kForEver : counted(part.str(5));
         if (order.count == 0)
             throw std::invalid_argument("the count behind the x is 1 or more, or all");
     }
@@ -105,7 +122,8 @@ std::string faultHelp() {
     std::string help =
         "Faults: NAME[:N][@AFTER][xCOUNT]\n"
         "  @AFTER   begin after that many requests; @hAFTER: after that many handshakes\n"
-        "  xCOUNT   spoil that many answers, xall every one; without it, one\n";
+        "  xCOUNT   spoil that many answers, xall every one; without it, one\n"
+        "  Numbers are decimal, or hexadecimal behind 0x.\n";
     for (const FaultRow& row : kFaults) {
         std::string name(row.name);
         if (row.colon != Colon::nothing)

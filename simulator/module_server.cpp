@@ -18,6 +18,10 @@ namespace {
 // A sleeper wakes up some tens of microseconds late; the rest of the way to the next byte is waited awake.
 constexpr Micros kAwakeBeforeDue = 80;
 
+// How far a host may write ahead of a paced line; then the rest waits in the terminal, and with it the host, as at a
+// serial port whose buffer is full.
+constexpr Micros kMostAhead = 1'000'000;
+
 Micros now() {
     using namespace std::chrono;
     return duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count();
@@ -91,9 +95,12 @@ void ModuleServer::waitForSomething() {
         const std::lock_guard lock(mutex_);
         dueAt = module_.nextOutputAt();
     }
+    const auto hearsAt = hearsAgainAt();
     std::array<pollfd, 3> sources{{{wakeUp_.number(), POLLIN, 0},
-                                   {terminal_.descriptor(), POLLIN, 0},  // -1 when closed: passed over
+                                   {hearsAt ? -1 : terminal_.descriptor(), POLLIN, 0},  // -1: passed over
                                    {terminal_.leavings(), POLLIN, 0}}};
+    if (hearsAt)
+        dueAt = std::min(*hearsAt, dueAt.value_or(*hearsAt));
     const timespec sleep = duration(std::max<Micros>(0, dueAt.value_or(0) - now() - kAwakeBeforeDue));
     const int ready = ::ppoll(sources.data(), sources.size(), dueAt ? &sleep : nullptr, nullptr);
     if (ready == 0)
@@ -108,6 +115,8 @@ bool ModuleServer::hear() {
     if (!terminal_.isOpen())
         return false;
     terminal_.noteLeavings();
+    if (hearsAgainAt())
+        return false;
     const auto bytes = terminal_.read();
     if (bytes.empty())
         return false;
@@ -115,6 +124,13 @@ bool ModuleServer::hear() {
     module_.hostBaudRate(terminal_.hostBaudRate());
     module_.receive(bytes, now());
     return true;
+}
+
+/// Nothing when it hears now.
+std::optional<Micros> ModuleServer::hearsAgainAt() {
+    const std::lock_guard lock(mutex_);
+    const Micros at = module_.lineFreeAt() - kMostAhead;
+    return at > now() ? std::optional(at) : std::nullopt;
 }
 
 }  // namespace opane::simulator

@@ -3,9 +3,11 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "simulator/descriptor.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/simulated_module.h"
 
@@ -51,6 +53,7 @@ private:
     void deliver();
     void waitForSomething();
     bool hear();
+    std::optional<Micros> hearsAgainAt();
 
     SimulatedModule& module_;
     PseudoTerminal& terminal_;

@@ -6,7 +6,6 @@ namespace opane::simulator {
 namespace {
 
 constexpr std::int64_t kNanosPerSecond = 1'000'000'000;
-constexpr std::int64_t kNanosPerMicro = 1'000;
 
 }  // namespace
 
@@ -23,7 +22,7 @@ Micros Line::moduleByte(Micros notBefore, int baudRate) {
 
 Micros Line::after(Micros start, int baudRate) {
     freeAtNs_ = std::max(freeAtNs_, start * kNanosPerMicro) + kBitsPerCharacter * kNanosPerSecond / baudRate;
-    return (freeAtNs_ + kNanosPerMicro - 1) / kNanosPerMicro;
+    return freeAt();
 }
 
 }  // namespace opane::simulator

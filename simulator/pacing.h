@@ -22,7 +22,12 @@ public:
     /// A byte that the module sends, not before the given moment: when the host has it.
     Micros moduleByte(Micros notBefore, int baudRate);
 
+    /// When a paced line has carried all of them; 0 of one that is not.
+    Micros freeAt() const { return paced_ ? (freeAtNs_ + kNanosPerMicro - 1) / kNanosPerMicro : 0; }
+
 private:
+    static constexpr std::int64_t kNanosPerMicro = 1'000;
+
     Micros after(Micros start, int baudRate);
 
     bool paced_;

@@ -19,6 +19,9 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/temporary_name.h"
+#include "simulator/claim.h"
+
 namespace opane::simulator {
 namespace {
 
@@ -58,6 +61,28 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
     return entries;
 }
 
+[[noreturn]] void failLink(const fs::path& link, const std::string& reason = std::strerror(errno)) {
+    fail("cannot make the link " + link.string(), reason);
+}
+
+/// For as long as the link is ours, also while the device is unplugged and there is none. Two that start at once cannot
+/// both have it.
+Descriptor claimed(const fs::path& link) {
+    std::string name;
+    try {
+        name = claimName("opane-sim link", link);
+    } catch (const std::runtime_error& error) {
+        failLink(link, error.what());
+    }
+    Descriptor held = claim(name);
+    if (held.number() < 0) {
+        const int process = claimant(name).value_or(0);
+        failLink(link, "another simulated module has it" +
+                           (process > 0 ? ", of process " + std::to_string(process) : std::string()));
+    }
+    return held;
+}
+
 bool mayBeReplaced(const fs::path& link) {
     std::error_code error;
     const auto kind = fs::symlink_status(link, error).type();
@@ -70,19 +95,9 @@ bool mayBeReplaced(const fs::path& link) {
 
 }  // namespace
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-}
-
-Descriptor::~Descriptor() {
-    if (number_ >= 0)
-        ::close(number_);
-}
-
 PseudoTerminal::PseudoTerminal(fs::path link) : link_(std::move(link)) {
+    if (!link_.empty())
+        linkClaim_ = claimed(link_);
     reopen();
 }
 
@@ -204,21 +219,19 @@ bool PseudoTerminal::hasHost() const {
 void PseudoTerminal::moveLink() {
     if (link_.empty())
         return;
-    const std::string what = "cannot make the link " + link_.string();
     if (!mayBeReplaced(link_))
-        fail(what, "something else is there; a link to a pseudo-terminal would be replaced");
+        failLink(link_, "something else is there; a link to a pseudo-terminal would be replaced");
     fs::path fresh = link_;
-    fresh += '.';
-    fresh += std::to_string(::getpid());
-    fresh += ".new";
+    fresh.replace_filename(temporaryName(link_.filename().string()));
     std::error_code error;
     fs::create_symlink(path_, fresh, error);
-    if (!error)
-        fs::rename(fresh, link_, error);
+    if (error)
+        failLink(link_, error.message());
+    fs::rename(fresh, link_, error);
     if (error) {
         std::error_code ignored;
         fs::remove(fresh, ignored);
-        fail(what, error.message());
+        failLink(link_, error.message());
     }
 }
 

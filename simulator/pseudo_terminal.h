@@ -8,26 +8,16 @@
 #include <string>
 #include <vector>
 
+#include "simulator/descriptor.h"
+
 namespace opane::simulator {
-
-/// A file descriptor and its end.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept;
-    Descriptor& operator=(Descriptor&& other) noexcept;
-    ~Descriptor();
-    int number() const { return number_; }
-
-private:
-    int number_;
-};
 
 /// The serial device a host opens, raw, and the simulator's end of it. One thread at a time.
 class PseudoTerminal {
 public:
-    /// @param link  a symbolic link to the device, kept up to date and removed at the end; empty: none. It may replace
-    ///              a link that dangles or that leads to a pseudo-terminal, and nothing else.
+    /// @param link  a symbolic link to the device, kept up to date and removed at the end; empty: none. No other one of
+    ///              these can have it meanwhile, in whatever process. It may replace a link that dangles or that leads
+    ///              to a pseudo-terminal, and nothing else.
     /// @throws std::runtime_error that names what could not be made, and why
     explicit PseudoTerminal(std::filesystem::path link = {});
     ~PseudoTerminal();
@@ -67,6 +57,7 @@ private:
     void removeLink();
 
     std::filesystem::path link_;
+    Descriptor linkClaim_;
     std::string path_;
     Descriptor master_;
     Descriptor slave_;  // keeps the device alive while no host has it open: the master would read errors

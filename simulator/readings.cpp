@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <iterator>
-#include <regex>
+#include <optional>
 #include <stdexcept>
+
+#include "shared/whole_number.h"
 
 namespace opane::simulator {
 namespace {
 
-constexpr int kMostValue = 65'535;         // two bytes in the answer
-constexpr std::size_t kLongestOrder = 64;  // characters; the grammar's matcher takes stack for each of them
+constexpr int kMostValue = 65'535;  // two bytes in the answer
 
 struct Reading {
     std::string_view name;
@@ -42,10 +43,12 @@ Micros offset(const Reading& reading, Micros elapsed) {
 }
 
 std::uint16_t& readingOf(ModuleState& state, const std::string& name) {
-    static const std::regex kChannel("adc:([0-9]{1,3})");
-    std::smatch part;
-    if (std::regex_match(name, part, kChannel) && std::stoul(part.str(1)) < state.adc.size())
-        return state.adc.at(std::stoul(part.str(1)));
+    constexpr std::string_view kChannel = "adc:";
+    if (name.starts_with(kChannel)) {
+        const auto channel = wholeNumber(std::string_view(name).substr(kChannel.size()));
+        if (channel && *channel >= 0 && *channel < static_cast<std::int64_t>(state.adc.size()))
+            return state.adc.at(static_cast<std::size_t>(*channel));
+    }
     const auto reading = std::ranges::find(kReadings, name, &Reading::name);
     if (reading != std::end(kReadings))
         return valueOf(state, *reading);
@@ -58,14 +61,14 @@ std::uint16_t& readingOf(ModuleState& state, const std::string& name) {
 }  // namespace
 
 void setReading(ModuleState& state, std::string_view order) {
-    static const std::regex kGrammar("([^=]+)=([0-9]{1,5})");
     const std::string text(order);
     try {
-        std::smatch part;
-        if (text.size() > kLongestOrder || !std::regex_match(text, part, kGrammar) ||
-            std::stoi(part.str(2)) > kMostValue)
+        const auto equals = order.find('=');
+        const bool named = equals != std::string_view::npos;
+        const auto value = named ? wholeNumber(order.substr(equals + 1)) : std::nullopt;
+        if (!value || *value < 0 || *value > kMostValue)
             throw std::invalid_argument("expected NAME=VALUE, with a value of 0 to " + std::to_string(kMostValue));
-        readingOf(state, part.str(1)) = static_cast<std::uint16_t>(std::stoi(part.str(2)));
+        readingOf(state, text.substr(0, equals)) = static_cast<std::uint16_t>(*value);
     } catch (const std::invalid_argument& error) {
         throw std::invalid_argument("reading \"" + text + "\": " + error.what());
     }

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <vector>
 
-#include "simulator/part_file.h"
+#include "platform/whole_file.h"
 
 namespace opane::simulator {
 namespace {
@@ -101,10 +103,12 @@ void writePng(const std::string& path, const ScreenImage& shown, BacklightLevels
     image.format = PNG_FORMAT_RGB_COLORMAP;
     image.colormap_entries = colours.size();
 
-    PartFile part("the picture", path);
-    if (png_image_write_to_stdio(&image, part.file(), 0, indices.data(), 0, colours.data()) == 0)
-        part.fail(image.message);
-    part.moveToTarget();
+    std::vector<std::uint8_t> content(PNG_IMAGE_PNG_SIZE_MAX(image));
+    png_alloc_size_t length = content.size();
+    if (png_image_write_to_memory(&image, content.data(), &length, 0, indices.data(), 0, colours.data()) == 0)
+        throw std::runtime_error(std::string("the picture cannot be made: ") + image.message);
+    content.resize(length);
+    writeWholeFile(path, content);
 }
 
 }  // namespace opane::simulator

@@ -36,8 +36,8 @@ Colour background(BacklightLevels backlight);
 
 inline constexpr int kPictureScale = 4;  ///< picture pixels for a screen pixel, both ways
 
-/// Writes a PNG of 480 x 256 pixels: dark pixels on a background of the backlight's colour, grey when it is off. The
-/// file is written beside its place and then moved there: whoever reads it finds a whole picture.
+/// Writes a PNG of 480 x 256 pixels: dark pixels on a background of the backlight's colour, grey when it is off. As
+/// every file here (platform/whole_file.h): whoever reads it finds a whole picture.
 /// @throws std::runtime_error that names the file and the reason; an earlier picture is still there then
 void writePng(const std::string& path, const ScreenImage& shown, BacklightLevels backlight);
 

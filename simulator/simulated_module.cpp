@@ -33,7 +33,11 @@ ModuleState stateFrom(const ModuleOptions& options) {
 }  // namespace
 
 SimulatedModule::SimulatedModule(const ModuleOptions& options)
-    : state_(stateFrom(options)), hostBaudRate_(options.baudRate), line_(options.pace), drifts_(options.drift) {}
+    : state_(stateFrom(options)),
+      hostBaudRate_(options.baudRate),
+      line_(options.pace),
+      drifts_(options.drift),
+      keepsFrames_(options.keepFrames) {}
 
 void SimulatedModule::receive(std::span<const std::uint8_t> bytes, Micros now) {
     for (const std::uint8_t byte : bytes) {
@@ -99,7 +103,8 @@ void SimulatedModule::answerHandshake(const Heard& handshake, Micros heardAt) {
 
 void SimulatedModule::answerFrame(const Heard& heard, Micros heardAt) {
     const bool understood = balances(heard.bytes);
-    if (understood)
+    framesHeard_ += understood ? 1 : 0;
+    if (understood && keepsFrames_)
         frames_.push_back(heard.bytes);
     if (heard.node != state_.node)
         return;
@@ -135,6 +140,8 @@ void SimulatedModule::send(std::span<const std::uint8_t> bytes, Micros notBefore
 
 // The echo of a host that does not wait for a late answer comes before it.
 void SimulatedModule::putOnItsWay(const OnItsWay& sent) {
+    if (onItsWay_.size() >= kMostOnItsWay)
+        return;
     const auto later = std::ranges::upper_bound(onItsWay_, sent.arrivesAt, {}, &OnItsWay::arrivesAt);
     onItsWay_.insert(later, sent);
 }

@@ -23,8 +23,12 @@ struct ModuleOptions {
     int quartz = 2;                   ///< crystal, 1..3
     bool pace = false;                ///< bytes take their time on the line
     bool drift = false;               ///< readings wander from the first byte heard on, see simulator/readings.h
+    bool keepFrames = true;           ///< frames() has them all; else they are only counted, for a long life
     std::string version = ModuleState{}.version;
 };
+
+/// The most bytes that are on their way to the host. A host that takes none for so long loses those that follow.
+inline constexpr std::size_t kMostOnItsWay = 65'536;
 
 /// A display module at the other end of a serial line, in memory and without a clock of its own: whoever holds it says
 /// what time it is. One thread at a time.
@@ -41,11 +45,14 @@ public:
     /// was sent, and the same in every run.
     void hostBaudRate(int baudRate) { hostBaudRate_ = baudRate; }
 
-    /// Bytes that the host has written, at that moment.
+    /// Bytes that the host has written, at that moment. A paced line takes them one after the other, see lineFreeAt().
     void receive(std::span<const std::uint8_t> bytes, Micros now);
 
     /// Bytes on their way to the host that have arrived by now; removes them.
     std::vector<std::uint8_t> takeOutput(Micros now);
+
+    /// When a paced line will have carried all that either side has said so far; in the past when it has, or is none.
+    Micros lineFreeAt() const { return line_.freeAt(); }
 
     /// When the next byte will have arrived at the host; nothing when none is on its way.
     std::optional<Micros> nextOutputAt() const;
@@ -69,8 +76,12 @@ public:
     ModuleState& state() { return state_; }
     const ModuleState& state() const { return state_; }
 
-    /// Frames with a right checksum heard, for any node, in order, each from mark to checksum.
+    /// Frames with a right checksum heard, for any node, in order, each from mark to checksum; none of a module that
+    /// does not keep them.
     const std::vector<std::vector<std::uint8_t>>& frames() const { return frames_; }
+
+    /// How many of them were heard, kept or not.
+    std::size_t framesHeard() const { return framesHeard_; }
 
     /// Synchronisation characters of any node heard.
     std::size_t handshakes() const { return handshakes_; }
@@ -103,7 +114,9 @@ private:
     bool keyToggle_ = false;           // of the next key
     bool drifts_;
     std::optional<Micros> firstHeardAt_;
+    bool keepsFrames_;
     std::vector<std::vector<std::uint8_t>> frames_;
+    std::size_t framesHeard_ = 0;
     std::size_t handshakes_ = 0;
     std::deque<OnItsWay> onItsWay_;  // by arrival
     std::minstd_rand noise_;         // default seed

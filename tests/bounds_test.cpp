@@ -209,5 +209,21 @@ TEST(LongestTime, OfASilentModule) {
     }
 }
 
+TEST(LongestTime, OfARefusalOnALineWithItsOwnPace) {
+    for (const bool onBus : {false, true}) {
+        LinkBench bench({.bus = onBus ? simulator::Bus::rs485 : simulator::Bus::rs232, .pace = true});
+        bench.link().CommunicationType(onBus ? "RS485" : "RS232");
+        bench.module.fault({.fault = simulator::Fault::aux, .count = simulator::kForEver});
+        for (const bool again : {false, true}) {
+            const auto start = bench.time.micros;
+            EXPECT_FALSE(bench.link().OPaneCmd_Clear(0));
+            const double good = 10'000.0 * (onBus ? 21 : 14) / 9600;
+            const auto longest = 5 * good + static_cast<double>(campaign::waitsOfARefusal(1000, onBus, again));
+            EXPECT_LE(bench.time.since(start), longest);
+            EXPECT_GE(bench.time.since(start), 0.97 * longest);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace opane::test

@@ -125,6 +125,11 @@ TEST_F(Log, AFolderThatIsMissingIsAnErrorAndIsNotMade) {
     log.LogFolder(folder / "none");
     EXPECT_EQ(raisedNumber([this] { event("p", "m", 2); }), 76);
     EXPECT_FALSE(std::filesystem::exists(folder / "none"));
+    try {
+        event("p", "m", 2);
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(std::string(error.what()).find("log file \"" + (folder / "none/")), 0U) << error.what();
+    }
     std::filesystem::create_directory(folder / "_01-05-02.LOG");
     log.LogFolder(folder.path());
     EXPECT_EQ(raisedNumber([this] { event("p", "m", 2); }), 75);
@@ -158,6 +163,15 @@ INSTANTIATE_TEST_SUITE_P(Levels, LogEnvironment,
                                          EnvironmentCase{"four", "4", 0}, EnvironmentCase{"word", "high", 0},
                                          EnvironmentCase{"empty", "", 0}),
                          [](const auto& row) { return std::string(row.param.name); });
+
+TEST(LogTester, FromOutsideNamesNoOtherFolder) {
+    for (const auto& [given, taken] : std::map<std::string, std::string>{
+             {"BANC 2: été", "BANC 2: été"}, {"../BANC2", ""}, {"BANC\\2", ""}, {"BANC\n2", ""}, {"BANC\x7F", ""}}) {
+        setenv("OPANE_LOG_TESTER", given.c_str(), 1);
+        EXPECT_EQ(clsLog().TesteurName(), taken);
+        unsetenv("OPANE_LOG_TESTER");
+    }
+}
 
 TEST(LogFolder, IsUnderTheLibrarysFolder) {
     const std::string folder = clsLog().LogFolder();

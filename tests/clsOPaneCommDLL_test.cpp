@@ -73,6 +73,9 @@ TEST(PublicClass, AVanishedDeviceRaisesAnErrorAndTheNextSynchronizeWorks) {
     const auto start = bench.time.micros;
     EXPECT_EQ(raisedNumber([&] { object.DisplayString("ABC", 0, 0, 0, 0, generatorFile(folder), status); }), 57);
     EXPECT_LE(bench.time.since(start), 1000 + 2) << "within one time-out";
+    EXPECT_FALSE(threadLink()->IsSynchronized());
+    EXPECT_TRUE(threadLink()->OpenCommunication());
+    EXPECT_FALSE(threadLink()->IsSynchronized()) << "the port has been closed meanwhile";
     EXPECT_EQ(raisedNumber([&] { synchronize(object); }), 57);
     bench.module.replug();
     EXPECT_EQ(synchronize(object), 0);

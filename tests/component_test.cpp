@@ -130,6 +130,13 @@ TEST_F(Component, BelongsToItsThreadButMayBeReleasedAnywhere) {
     EXPECT_EQ(synchronize(object.get()), 0);
 }
 
+TEST_F(Component, BelongsToItsThreadAlsoWhenThatHasEnded) {
+    Reference<_clsOPaneCommDLL> object;
+    std::thread([&] { object = component.create(); }).join();
+    for (int thread = 0; thread < 50; ++thread)
+        std::thread([&] { EXPECT_EQ(synchronize(object.get(), RPC_E_WRONG_THREAD), 7); }).join();
+}
+
 TEST_F(Component, GivesEachThreadAModuleOfItsOwn) {
     std::vector<std::thread> threads;
     for (int t = 0; t < 2; ++t)

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "automation/glyph_file.h"
+#include "shared/frame_byte.h"
 #include "support/program.h"
 
 namespace opane::test {
@@ -191,7 +192,7 @@ struct RunCase {
     const char* name;
     const char* arguments;
     int status;
-    const char* says;  // a part of its output or, when the status is 2, of its errors; the other one is empty
+    const char* says;  // a part of its output or, when the status is not 0, of its errors; the other one is empty
 };
 
 /// Runs that write no file.
@@ -220,7 +221,7 @@ INSTANTIATE_TEST_SUITE_P(
         RunCase{"sheet", "show a.gen", 0, "\n4  · · · █  █    · · · "},
         RunCase{"missing_codes", "show a.gen", 0, "1 of 256 codes; missing of 32 to 255: 32, 33 (!), "},
         RunCase{"missing_controls", "show a.gen", 0, ", 126 (~), 127, 128 (€), 129, "},
-        RunCase{"output_lost", "show a.gen >/dev/full", 2, "standard output cannot be written"},
+        RunCase{"output_lost", "show a.gen >/dev/full", 3, "standard output cannot be written"},
         RunCase{"no_command", "", 2, "opane-generator: no command is given"},
         RunCase{"unknown_command", "draw", 2, "draw"},
         RunCase{"size_not_there", "make --font small.bdf --size 9 --output x.gen", 2, "the size 9; it has 8"},
@@ -229,6 +230,8 @@ INSTANTIATE_TEST_SUITE_P(
         RunCase{"output_nowhere", "make --font small.bdf --output none/x.gen", 2, "folder does not exist"},
         RunCase{"output_a_folder", "make --font small.bdf --output folder", 2, "it is a folder"},
         RunCase{"output_a_pipe", "make --font small.bdf --output pipe", 2, "it is a device or a pipe"},
+        RunCase{"output_is_the_font", "make --font small.bdf --output ./small.bdf", 2, "is the file that is read"},
+        RunCase{"picture_is_the_generator", "show a.gen --png \"$PWD/a.gen\"", 2, "is the file that is read"},
         RunCase{"show_a_text", "show text.txt", 2, "\"text.txt\" is no character generator: type tag"},
         RunCase{"show_zeros", "show zeros", 2, "\"zeros\" is no character generator: it holds no"},
         RunCase{"text_empty", "show a.gen --text ''", 2, "the text is empty"},

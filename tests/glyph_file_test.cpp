@@ -49,6 +49,13 @@ ByteArray currency(std::int64_t units) {
     return tagged<8>(6, static_cast<std::uint64_t>(units));
 }
 
+ByteArray text(const std::string& characters) {
+    ByteArray bytes = tagged<2>(8, characters.size());
+    for (const char character : characters)
+        bytes.push_back(static_cast<std::uint8_t>(character));
+    return bytes;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     EveryTag, GlyphColumn,
     testing::Values(ColumnCase{"empty", {0, 0}, 0, kOverflow}, ColumnCase{"null", {1, 0}, kNull, kNull},
@@ -83,6 +90,21 @@ INSTANTIATE_TEST_SUITE_P(
                     ColumnCase{"string_word", {8, 0, 2, 0, '6', 'x'}, kTypeMismatch, kTypeMismatch},
                     ColumnCase{"string_huge", {8, 0, 5, 0, '1', 'e', '9', '9', '9'}, kOverflow, kOverflow},
                     ColumnCase{"string_empty", {8, 0, 0, 0}, kTypeMismatch, kTypeMismatch},
+                    // as the component's own conversion of an argument reads them
+                    ColumnCase{"string_hexadecimal", text("&HFF"), 255, kOverflow},
+                    ColumnCase{"string_hexadecimal_of_32_bits", text("&hffffff00"), kOverflow, 255},
+                    ColumnCase{"string_hexadecimal_too_long", text("&H100000000"), kOverflow, kOverflow},
+                    ColumnCase{"string_octal", text("\t&O17\r\n"), 15, kOverflow},
+                    ColumnCase{"string_hexadecimal_without_digits", text("&H"), kTypeMismatch, kTypeMismatch},
+                    ColumnCase{"string_half_to_even", text("2.5E0"), 2, kOverflow},
+                    ColumnCase{"string_nearly_nothing", text("0." + std::string(400, '0') + "1e9"), 0, kOverflow},
+                    ColumnCase{"string_huge_in_spite_of_its_exponent", text("1" + std::string(400, '0') + "e-9"),
+                               kOverflow, kOverflow},
+                    ColumnCase{"string_no_number", text("nan(1)"), kTypeMismatch, kTypeMismatch},
+                    ColumnCase{"string_not_ascii",
+                               text("\xA0"
+                                    "6"),
+                               kTypeMismatch, kTypeMismatch},
                     ColumnCase{"false", {11, 0, 0, 0}, 0, 255}, ColumnCase{"true", {11, 0, 0xFF, 0xFF}, 255, 0},
                     ColumnCase{"byte_0", {17, 0, 0}, 0, 255}, ColumnCase{"byte_124", {17, 0, 0x7C}, 0x7C, 0x83},
                     ColumnCase{"byte_255", {17, 0, 0xFF}, 255, 0}),

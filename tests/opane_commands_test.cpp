@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
                                !module.lcdOn && !module.automaticBacklight && !module.automaticVlcd;
                     }},
         CommandCase{"frame_has_its_own_command", "--json set-status --frame off --lcd on",
-                    "{\"command\":\"set-status\",\"status\":0}\n",
+                    "{\"command\":\"set-status\",\"exit\":0,\"error\":null,\"status\":0}\n",
                     [](const ModuleState& module) {
                         return module.upsideDown && !module.frameDrawn() && module.lcdOn && !module.automaticBacklight;
                     }},
@@ -86,7 +86,9 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"backlight_registers", "backlight read red",
                     "physical register   10\nset point           11\nfinal future value  12\nADC                 13\n"
                     "zone                14\nincrement           15\n"},
-        CommandCase{"one_backlight_register", "backlight read green 1 --json", "{\"setPoint\":21}\n"},
+        CommandCase{"one_backlight_register", "backlight read green 1 --json --repeat 2",
+                    "{\"command\":\"backlight read\",\"exit\":0,\"error\":null,\"status\":0,\"setPoint\":21}\n"
+                    "{\"command\":\"backlight read\",\"exit\":0,\"error\":null,\"status\":0,\"setPoint\":21}\n"},
         CommandCase{"backlight_write", "backlight write green 1 0xFF", "",
                     [](const ModuleState& module) { return module.green[1] == 255 && module.red[1] == 11; }},
         CommandCase{"red_backlight_write", "backlight write red 5 7", "",
@@ -94,6 +96,9 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"system_eeprom_write", "eeprom write --address 0x3FF 5A", "",
                     [](const ModuleState& module) { return module.systemEeprom[1023] == 0x5A; }},
         CommandCase{"controller_read", "controller read data", "data  3\n"},
+        CommandCase{"controller_command", "controller read command --json",
+                    "{\"command\":\"controller "
+                    "read\",\"exit\":0,\"error\":null,\"status\":0,\"controller\":{\"command\":175}}\n"},
         CommandCase{"controller_write", "controller write command 174", "",
                     [](const ModuleState& module) { return module.sed1530[0] == 174 && module.sed1530[1] == 3; }},
         CommandCase{"reset_light", "reset light", "",
@@ -103,12 +108,14 @@ INSTANTIATE_TEST_SUITE_P(
                     "0x080  80 FF FF FF FF FF FF FF  FF FF                    |..........|\n"},
         CommandCase{"eeprom_read", "eeprom read --user --address 508", "55736572\n"},
         CommandCase{"eeprom_read_json", "eeprom read --json --address 124 --length 2",
-                    "{\"eeprom\":\"system\",\"address\":124,\"bytes\":[101,109]}\n"},
+                    "{\"command\":\"eeprom "
+                    "read\",\"exit\":0,\"error\":null,\"status\":0,\"eeprom\":\"system\",\"address\":124,\"bytes\":["
+                    "101,109]}\n"},
         CommandCase{"eeprom_write", "eeprom write --user --address 0x1FE 12Ef", "",
                     [](const ModuleState& module) { return content(module.userEeprom).ends_with("Us\x12\xEF"); }},
         CommandCase{
             "info", "info --json",
-            R"({"version":{"library":"OpaneCommDLL V1.0.0","module":"OPane V2.0"},)"
+            R"({"command":"info","exit":0,"error":null,"version":{"library":"OpaneCommDLL V1.0.0","module":"OPane V2.0"},)"
             R"("status":{"upsideDown":true,"inverted":false,"frame":true,"lcd":false,"autoBacklight":false,)"
             R"("autoVlcd":true},"readings":{"luminosity":564,"adc1":32767,"temperatureAdc":498,"batteryVoltage":771,)"
             R"("temperature":21.5,"vlcd":118},"key":{"key":1,"toggle":1,"code":"0xFF3"},"backlight":{)"
@@ -122,14 +129,19 @@ TEST_F(OpaneCommands, NoKeyAndAnUnknownKeyAreToldApart) {
     EXPECT_EQ(opane({"key"}).output, "key     none\ntoggle  0\ncode    0xFFFF\n");
     set([](ModuleState& served) { served.lastKey = 0x123; });
     EXPECT_EQ(opane({"key"}).output, "key     unknown\ntoggle  unknown\ncode    0x123\n");
-    EXPECT_EQ(opane({"key", "--json"}).output, "{\"key\":null,\"toggle\":null,\"code\":\"0x123\"}\n");
+    EXPECT_EQ(opane({"key", "--json"}).output,
+              "{\"command\":\"key\",\"exit\":0,\"error\":null,\"status\":0,\"key\":null,\"toggle\":null,\"code\":"
+              "\"0x123\"}\n");
 }
 
 TEST_F(OpaneCommands, WhatCannotBeReadIsShownAsSuch) {
     fault({Fault::aux, 5, 1});  // the second reading, at each of its five attempts
     ProgramEnd end = opane({"readings", "--json"});
     EXPECT_EQ(end.status, 1);
-    EXPECT_EQ(end.output.find("{\"luminosity\":564,\"adc1\":null,\"temperatureAdc\":498,"), 0U) << end.output;
+    EXPECT_EQ(end.output.find("{\"command\":\"readings\",\"exit\":1,\"error\":\"ADC 1: the module refused or did not "
+                              "answer\",\"status\":1,\"luminosity\":564,\"adc1\":null,\"temperatureAdc\":498,"),
+              0U)
+        << end.output;
     EXPECT_NE(end.errors.find("ADC 1: the module refused"), std::string::npos);
 
     set([](ModuleState& served) { served.adc[2] = 0x8000; });
@@ -189,6 +201,7 @@ TEST_F(OpaneCommands, ANewRateIsKeptUntilAReset) {
     const ProgramEnd end = opane({"baudrate", "4800"});
     EXPECT_EQ(end.status, 1);
     EXPECT_NE(end.errors.find("sur le module OPANE\nmais il ne répond plus"), std::string::npos);
+    EXPECT_NE(end.errors.find("did not answer at 4800 baud; try --baud 4800, else --baud 9600"), std::string::npos);
 }
 
 }  // namespace

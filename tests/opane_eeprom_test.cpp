@@ -50,7 +50,8 @@ TEST_F(OpaneCommands, AnImageIsSavedVerifiedAndRestored) {
         end = eeprom("restore", {file, "--dry-run", "--json"});
         EXPECT_EQ(end.status, 0);
         EXPECT_NE(end.output.find("\"differing\":[{\"address\":130,\"length\":2},{\"address\":511,\"length\":1}],"
-                                  "\"written\":0}"),
+                                  "\"written\":0,\"wouldWrite\":[{\"address\":128,\"length\":128},"
+                                  "{\"address\":384,\"length\":128}]}"),
                   std::string::npos)
             << end.output;
         EXPECT_EQ(eeprom("verify", {file}).status, 1) << "a dry run writes nothing";
@@ -64,14 +65,35 @@ TEST_F(OpaneCommands, AnImageIsSavedVerifiedAndRestored) {
 TEST_F(OpaneCommands, AnInterruptedRestoreSaysWhatIsWritten) {
     const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
     fault({Fault::unplug, 1, 8 + 2});  // all blocks read, the first one written and read back
-    const ProgramEnd end = opane({"eeprom", "restore", file});
+    const ProgramEnd end = opane({"eeprom", "restore", file, "--json"});
     EXPECT_EQ(end.status, 3);
-    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.output.find('\n'), end.output.size() - 1) << "one object: " << end.output;
+    EXPECT_NE(end.output.find("\"notWritten\":[{\"address\":256,\"length\":768}]"), std::string::npos) << end.output;
     EXPECT_NE(end.errors.find("opane: written and read back: 0x000 to 0x07F\nopane: perhaps written: 0x080 to 0x0FF\n"
                               "opane: not written: 0x100 to 0x3FF\nopane: error 57"),
               std::string::npos)
         << end.errors;
     EXPECT_EQ(content(state().systemEeprom), std::string(128, '\x11') + std::string(1024 - 128, '\xFF'));
+}
+
+TEST_F(OpaneCommands, ARestoreThatIsAskedToEndSaysWhatIsWritten) {
+    const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
+    fault({.fault = Fault::delay, .after = 8 + 2, .parameter = 60'000});  // the second block is heard and not confirmed
+    RunningProgram program(opaneOn(module.devicePath(), {"eeprom", "restore", file, "--json"}));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (requests() < 8 + 2 + 1 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    program.signal(SIGTERM);
+    const std::string line = program.line();
+    EXPECT_EQ(
+        line.find(
+            "{\"command\":\"eeprom restore\",\"exit\":1,\"error\":\"0x080 to 0x0FF of the system EEPROM: interrupted "
+            "(SIGTERM); written and read back: 0x000 to 0x07F; perhaps written: 0x080 to 0x0FF; not "
+            "written: 0x100 to 0x3FF\""),
+        0U)
+        << line;
+    EXPECT_THROW(program.line(), std::runtime_error) << "one object";
+    EXPECT_EQ(program.end(), 1);
 }
 
 TEST_F(OpaneCommands, ARefusedBlockEndsARestore) {
@@ -80,7 +102,7 @@ TEST_F(OpaneCommands, ARefusedBlockEndsARestore) {
     ProgramEnd end = opane({"eeprom", "restore", file});
     EXPECT_EQ(end.status, 1);
     EXPECT_NE(end.errors.find("could not be read back"), std::string::npos) << end.errors;
-    EXPECT_NE(end.output.find("\n128 bytes written\n"), std::string::npos) << end.output;
+    EXPECT_NE(end.output.find("\n128 bytes written and read back\n"), std::string::npos) << end.output;
 
     fault({Fault::aux, 5, 7});  // the last block cannot be read at first
     end = opane({"eeprom", "restore", file});
@@ -131,7 +153,11 @@ TEST_F(OpaneCommands, AnswersThatAreTooShortAreFailures) {
     EXPECT_EQ(contentOf(file), "the old file");
     const ProgramEnd dump = runProgram(opaneOn(terse.devicePath(), {"eeprom", "dump", "--length", "2", "--json"}));
     EXPECT_EQ(dump.status, 1);
-    EXPECT_EQ(dump.output, "{\"eeprom\":\"system\",\"address\":0,\"bytes\":[null,null]}\n");
+    EXPECT_EQ(dump.output,
+              "{\"command\":\"eeprom dump\",\"exit\":1,\"error\":\"0x000 to 0x001 of the system EEPROM could not be "
+              "read: the module "
+              "refused, did not answer or sent another number of "
+              "bytes\",\"status\":1,\"eeprom\":\"system\",\"address\":0,\"bytes\":[null,null]}\n");
     const ProgramEnd write = runProgram(opaneOn(terse.devicePath(), {"eeprom", "write", "--address", "5", "42"}));
     EXPECT_EQ(write.status, 1);
     EXPECT_NE(write.errors.find("0x005 of the system EEPROM: it reads back as something else"), std::string::npos);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 
 #include "support/panel_bench.h"
@@ -66,8 +67,8 @@ TEST_P(Range, IsReadWrittenOrRefused) {
 }
 
 constexpr auto kEmpty = "Champ Base Adress et/ou Length vide(s)";
-constexpr auto kBase = "Invalid Base Adress: hexadecimal number from 0 to 7FFF expected";
-constexpr auto kLength = "Invalid Length: hexadecimal number from 0 to 7FFF expected";
+constexpr auto kBase = "Invalid Base Adress: hexadecimal digits only";
+constexpr auto kLength = "Invalid Length: hexadecimal digits only";
 constexpr auto kWrongLength = "Longueur des data incorrecte";
 const std::string kLine = "000102030405060708090A0B0C0D0E0F";
 
@@ -79,10 +80,12 @@ const RangeCase kRanges[] = {
     {"read_beyond_the_end", kRead, "1FF", "2", "old", ""},
     {"read_0", kRead, "0", "0", "old", ""},
     {"read_without_length", kRead, "0", "", "old", "", kEmpty},
-    {"read_base_11170", kRead, "11170", "1", "old", "", kBase},
+    {"read_base_8000", kRead, "8000", "1", "old", ""},
+    {"read_length_beyond_64_bits", kRead, "0", "11112222333344445", "old", ""},
     {"read_base_negative", kRead, "-1", "1", "old", "", kBase},
     {"read_length_letter", kRead, "0", "1g", "old", "", kLength},
     {"write", kWrite, "102", "3", "0aBc7F", "0D 0201 0ABC7F"},
+    {"write_base_12345", kWrite, "12345", "1", "00", ""},
     {"write_without_base", kWrite, "", "1", "00", "", kEmpty},
     {"write_too_little", kWrite, "0", "2", "000", "", kWrongLength},
     {"write_over_two_lines", kWrite, "0", "2", "00\r\n00", "", kWrongLength},
@@ -138,6 +141,9 @@ TEST(PanelEeprom, DumpsEveryBlockThatWasRead) {
     EXPECT_EQ(bench.sent().size(), 2U);
     EXPECT_EQ(bench.text("txtEEPROMData").find('-'), 16 * kDumpLine);
     EXPECT_EQ(bench.status(), kFailed);
+    bench.cancelAfter(8);  // too late
+    bench.click("cmdReadAllEEPROM");
+    EXPECT_EQ(bench.status(), kOk);
 }
 
 TEST(PanelEeprom, SavedImageRestoresTheSystemEeprom) {
@@ -164,24 +170,31 @@ TEST(PanelEeprom, IncompleteImageIsNotSaved) {
     EepromBench bench;
     bench.chosenFile = folder.write("image.bin", "old");
     bench.refuseCommand(2);
-    const Texts nothingSaved{"EEPROM Error|The EEPROM was not read completely. Nothing was saved."};
     bench.click("cmdSaveBINFile");
-    EXPECT_EQ(bench.shown(), nothingSaved);
+    EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|The EEPROM was not read completely. Nothing was saved."});
     EXPECT_EQ(bench.status(), kOk);    // the last block's
     for (const int blocks : {7, 8}) {  // also when all have been read
         bench.cancelAfter(blocks);
         bench.click("cmdSaveBINFile");
-        EXPECT_EQ(bench.shown(), nothingSaved) << blocks;
+        EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|The save was cancelled. Nothing was saved."}) << blocks;
         EXPECT_EQ(bench.status(), kFailed);
         EXPECT_EQ(contentOf(*bench.chosenFile), "old");
     }
-    bench.services->eventHook = nullptr;
+}
 
-    bench.chosenFile = folder / "missing/image.bin";
-    bench.click("cmdSaveBINFile");
-    ASSERT_EQ(bench.boxes.size(), 1U);
-    EXPECT_EQ(bench.boxes[0].substr(0, 21), "OPane Error|Error 76:");
-    EXPECT_EQ(bench.status(), kFailed);
+TEST(PanelEeprom, SaveToAWrongPlaceCostsNoReading) {
+    const TemporaryFolder folder;
+    for (const auto& [place, box] : std::map<std::string, std::string>{
+             {folder / "missing/image.bin", "Error 76:"}, {folder.path(), "Error 75:"}, {"/dev/null", "Error 75:"}}) {
+        EepromBench bench;
+        bench.chosenFile = place;
+        bench.click("cmdSaveBINFile");
+        ASSERT_EQ(bench.boxes.size(), 1U);
+        EXPECT_EQ(bench.boxes[0].substr(0, 21), "OPane Error|" + box) << place;
+        EXPECT_EQ(bench.status(), kFailed);
+        EXPECT_TRUE(bench.sent().empty()) << place;
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 TEST(PanelEeprom, ImageOfAnotherSizeIsNotWritten) {
@@ -210,6 +223,10 @@ TEST(PanelEeprom, UnfinishedRestoreSaysSo) {
     bench.click("cmdWriteAllEEPROM");
     EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|Only 1 of 8 blocks of the System EEPROM were written."});
     EXPECT_EQ(bench.status(), kFailed);
+    bench.cancelAfter(8);  // too late
+    bench.click("cmdWriteAllEEPROM");
+    EXPECT_EQ(bench.shown(), Texts{});
+    EXPECT_EQ(bench.status(), kOk);
 }
 
 }  // namespace

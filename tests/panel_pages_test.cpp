@@ -77,13 +77,14 @@ INSTANTIATE_TEST_SUITE_P(Patterns, TypedText, testing::ValuesIn(kPatterns), kNam
 
 constexpr auto kLevelBox = "txtWriteBacklightIntensity";
 constexpr auto kDataBox = "txtSED1530Data";
-const std::string kLevel = "Write BACKLIGHT Error|Invalid Intensity: decimal number from 0 to 255 expected";
+const std::string kLevel = "Write BACKLIGHT Error|Invalid Intensity: decimal number expected";
 const std::string kData = "SED1530 Write Error|Invalid Data SED1530: hexadecimal number from 0 to FF expected";
 const TypedCase kRegisters[] = {
     {"green_255", "cmdWriteVert", kLevelBox, "255", "13 01FF "},
     {"red_10", "cmdWriteRouge", kLevelBox, "10", "14 010A "},
     {"red_256", "cmdWriteRouge", kLevelBox, "256", ""},
-    {"green_70000", "cmdWriteVert", kLevelBox, "70000", "", kLevel},
+    {"green_70000", "cmdWriteVert", kLevelBox, "70000", ""},
+    {"red_minus_70000", "cmdWriteRouge", kLevelBox, "-70000", ""},
     {"red_letters", "cmdWriteRouge", kLevelBox, "12x", "", kLevel},
     {"red_empty", "cmdWriteRouge", kLevelBox, "", "", "Write BACKLIGHT Error|Champ Intensité vide"},
     {"controller_0F", "cmdWriteSED1530", kDataBox, "0F", "11 0000 0F"},

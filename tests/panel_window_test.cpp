@@ -359,7 +359,7 @@ const ProgramCase kProgramCases[] = {
     {"help", {"--help"}, 0, "--simulate"},
     {"two_modules", {"--simulate", "--device", "/dev/null"}, 2, "--device excludes --simulate"},
     {"empty_device", {"--device2", ""}, 2, "opane-panel: --device2: is empty"},
-    {"log_level", {"--log-level", "4"}, 2, "--log-level: Value 4 not in range 0 to 3"},
+    {"log_level", {"--log-level", "4"}, 2, "--log-level: \"4\" is no number from 0 to 3"},
     {"theme", {"--theme", "pink"}, 2, "--theme"},
     {"no_display", {"--simulate"}, 3, "opane-panel: there is no display"},
 };

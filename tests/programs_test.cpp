@@ -50,10 +50,11 @@ TEST_F(Programs, EveryCommandIsAnsweredAndTraced) {
         words.insert(words.end(), command.begin(), command.end());
         const ProgramEnd end = opane(words);
         EXPECT_EQ(end.status, 0) << command[0];
-        EXPECT_EQ(end.output, "{\"command\":\"" + command[0] + "\",\"status\":0}\n");
-        const auto send = end.errors.find("Level3     SEND : Mark:AA");
-        EXPECT_LT(end.errors.find("Level2   Cmd Type : "), send);
-        EXPECT_LT(send, end.errors.find("Level3     RCV : Mark:AA Leng:0 Node:3 Aux1:0 Aux2:0"));
+        EXPECT_EQ(end.output, "{\"command\":\"" + command[0] + "\",\"exit\":0,\"error\":null,\"status\":0}\n");
+        const auto send = end.errors.find("SEND : Mark:AA");
+        EXPECT_LT(end.errors.find("handshake with node 3: sent A8, received 18"), end.errors.find("Cmd Type : "));
+        EXPECT_LT(end.errors.find("Cmd Type : "), send);
+        EXPECT_LT(send, end.errors.find("RCV : Mark:AA Leng:0 Node:3 Aux1:0 Aux2:0"));
     }
 }
 
@@ -64,6 +65,10 @@ TEST_F(Programs, LostOutputIsAnErrorAndALostTraceIsNot) {
     EXPECT_EQ(runProgram({"sh", "-c", command + " 2>&-"}).status, 0);
     EXPECT_EQ(runProgram({"sh", "-c", command + " >&-"}).status, 3) << "its output is lost";
     EXPECT_EQ(runProgram({"sh", "-c", command + " >/dev/full"}).status, 3);
+    const std::string endless = command + " --repeat 1000000000 2>&1 >" + (folder / "out");
+    runProgram({"sh", "-c", "(" + endless + "; echo $? >" + (folder / "status") + ") | head -n 1"});
+    EXPECT_EQ(contentOf(folder / "status"), "1\n") << "a trace that nobody reads any more ends it";
+    EXPECT_NE(contentOf(folder / "out").find("nobody reads the trace"), std::string::npos);
 }
 
 TEST_F(Programs, RepeatEndsAtTheFirstFailure) {
@@ -75,9 +80,15 @@ TEST_F(Programs, RepeatEndsAtTheFirstFailure) {
 }
 
 TEST_F(Programs, AFailureIsAnObjectToo) {
+    const ProgramEnd late = opane({"--json", "--timeout", "0.1", "--wait", "100", "--device", device, "clear"});
+    EXPECT_EQ(late.output.find("{\"command\":\"clear\",\"exit\":1,\"error\":\"its time of 0.1 s (--timeout) was over"),
+              0U);
     const ProgramEnd end = opane({"--json", "--device", device, "clear"});
     EXPECT_EQ(end.status, 3);
-    EXPECT_EQ(end.output.find("{\"error\":\"error 8018: COM port 1 is not open: device " + device), 0U) << end.output;
+    EXPECT_EQ(end.output.find(
+                  "{\"command\":\"clear\",\"exit\":3,\"error\":\"error 8018: COM port 1 is not open: device " + device),
+              0U)
+        << end.output;
 }
 
 TEST_F(Programs, RepeatRunsACommandOnOneLink) {
@@ -132,16 +143,14 @@ TEST_F(Programs, APortIsForOneHostOnly) {
     const std::string command =
         commandLine({OPANE_PROGRAM, "--trace", "--repeat", "1000000", "--device", device, "clear"});
     RunningProgram host({"sh", "-c", "exec " + command + " 2>&1"});
-    EXPECT_NE(host.line().find("Level2"), std::string::npos);
+    EXPECT_NE(host.line().find("received 18"), std::string::npos);
     const ProgramEnd second = opane({"--device", device, "clear"});
     EXPECT_EQ(second.status, 3);
     EXPECT_NE(second.errors.find("error 8018"), std::string::npos);
     EXPECT_NE(second.errors.find("in use"), std::string::npos);
     host.signal(SIGKILL);
     host.end();
-    ProgramEnd third{3, "", ""};
-    for (int i = 0; i < 1000 && third.status != 0; ++i)  // until the killed one is gone
-        third = opane({"--device", device, "clear"});
+    const ProgramEnd third = opane({"--device", device, "--wait", "10", "clear"});  // until the killed one is gone
     EXPECT_EQ(third.status, 0) << third.errors;
 }
 
@@ -199,12 +208,30 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"too_few_bytes", {"line", "1122", "--line", "0"}, 2, "expected 120"},
         BadInput{"no_hexadecimal", {"square", "XY", "--line", "0"}, 2, "\"X\""},
         BadInput{"baud_12345", {"--baud", "12345", "clear"}, 2, "--baud: 12345"},
-        BadInput{"log_folder", {"--log-folder", "/nowhere", "clear"}, 2, "/nowhere"},
+        BadInput{"log_folder",
+                 {"--log-folder", "/dev/null/log", "--log-level", "2", "clear"},
+                 2,
+                 "\"/dev/null\" cannot be made"},
         BadInput{"unknown_command", {"show"}, 2, "show"}, BadInput{"no_command", {}, 2, "no command"},
         BadInput{"missing_device", {"--device", "/nowhere/tty", "clear"}, 3, "/nowhere/tty does not exist"},
         BadInput{"no_serial_device", {"--device", "/dev/null", "clear"}, 3, "is no serial device"},
         BadInput{"empty_device", {"--device", "", "clear"}, 2, "--device: is empty"}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST(EveryProgram, NamesAMistypedOptionAndNotItsValueAndTellsItsVersion) {
+    for (const std::string program : {OPANE_SIM_PROGRAM, OPANE_GENERATOR_PROGRAM}) {
+        const std::string name = std::filesystem::path(program).filename().string();
+        const ProgramEnd mistyped = runProgram({program, "--verson", "3"});
+        EXPECT_EQ(mistyped.status, 2);
+        EXPECT_EQ(mistyped.errors.find(name + ": unknown option --verson; is --version meant?\n"), 0U)
+            << mistyped.errors;
+        const ProgramEnd version = runProgram({program, "--version"});
+        EXPECT_EQ(version.status, 0);
+        EXPECT_EQ(version.output, name + " 1.0.0\n");
+        for (const std::string asked : {" --help", " --version"})
+            EXPECT_EQ(runProgram({"sh", "-c", program + asked + " >/dev/full"}).status, 3) << name << asked;
+    }
+}
 
 TEST(Demo, DrawsTheModulesScreen) {
     const TemporaryFolder folder;
@@ -216,6 +243,9 @@ TEST(Demo, DrawsTheModulesScreen) {
     EXPECT_NE(end.output.find("█▄▄█   ▄▄     █     █    ▄▄"), std::string::npos);
     EXPECT_EQ(contentOf(folder / "screen.png").substr(1, 3), "PNG");
     EXPECT_EQ(opane({"demo", "--output", folder / "none/screen.png"}).status, 2);
+    folder.write("screen.png", "somebody's own");
+    EXPECT_EQ(runProgram({"sh", "-c", "cd " + folder.path() + " && " OPANE_PROGRAM " demo"}).status, 0);
+    EXPECT_EQ(contentOf(folder / "screen.png"), "somebody's own");
 }
 
 TEST_F(Programs, TheExampleOfTheReadmeShowsItsText) {

@@ -3,21 +3,33 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/auxv.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
+#include <iostream>
+#include <map>
 #include <numeric>
 #include <thread>
 
 #include "automation/clsOPaneCommDLL.h"
 #include "link/clsOPane.h"
+#include "platform/cancellation.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/serial_device.h"
 #include "platform/services.h"
 #include "simulator/served_module.h"
+#include "support/program.h"
 #include "support/raised_number.h"
 #include "support/temporary_folder.h"
+#include "support/without_rights.h"
 
 namespace opane::test {
 namespace {
@@ -53,9 +65,25 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Ports, AreTheSystemsOwnUnlessTheEnvironmentNamesThem) {
     setenv("OPANE_COM77", "/nowhere/line", 1);
-    EXPECT_EQ(systemDevicePath(77), "/nowhere/line");
+    const bool hasOthersRights = getauxval(AT_SECURE) != 0;
+    EXPECT_EQ(systemDevicePath(77), hasOthersRights ? "/dev/ttyS76" : "/nowhere/line");
     unsetenv("OPANE_COM77");
     EXPECT_EQ(systemDevicePath(77), "/dev/ttyS76");
+    std::cout << (hasOthersRights ? "with the rights of others\n" : "");
+}
+
+TEST(Ports, OfAProgramWithTheRightsOfOthersAreTheSystemsOwn) {
+    const TemporaryFolder folder;
+    const std::string copy = folder / "set-group-id";
+    std::filesystem::copy_file("/proc/self/exe", copy);
+    struct statvfs disk {};
+    statvfs(copy.c_str(), &disk);
+    const bool isRaised = WithoutRights::matters() && chown(copy.c_str(), 0, 65534) == 0 &&
+                          (disk.f_flag & ST_NOSUID) == 0 && prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0;
+    chmod(copy.c_str(), 02755);
+    const ProgramEnd end = runProgram({copy, "--gtest_filter=Ports.AreTheSystemsOwnUnlessTheEnvironmentNamesThem"});
+    EXPECT_EQ(end.status, 0) << end.output;
+    EXPECT_EQ(end.output.find("with the rights of others") != std::string::npos, isRaised);
 }
 
 /// A control on a pseudo-terminal whose other end the test holds.
@@ -96,6 +124,12 @@ FileDescriptor makeCooked(const std::string& device) {
     mode.c_cflag &= ~static_cast<tcflag_t>(CLOCAL | CREAD);
     EXPECT_EQ(tcsetattr(descriptor.get(), TCSANOW, &mode), 0);
     return descriptor;
+}
+
+bool isExclusive(const FileDescriptor& terminal) {
+    int exclusive = 0;
+    ioctl(terminal.get(), TIOCGEXCL, &exclusive);
+    return exclusive != 0;
 }
 
 TEST_F(OnATerminal, CarriesEveryByteUnchangedBothWays) {
@@ -171,17 +205,107 @@ TEST_F(OnATerminal, IsExclusiveUntilItIsClosed) {
     EXPECT_TRUE(second->PortOpen());
 }
 
-TEST_F(OnATerminal, AForkedChildDoesNotHoldTheLock) {
-    control->PortOpen(true);
+/// A child that has done its part and lives on, stopped.
+pid_t stoppedChild(const std::function<void()>& part) {
     const pid_t child = fork();
+    if (child == 0) {
+        signal(SIGHUP, SIG_IGN);  // which a stopped child gets when its parent is gone
+        part();
+        raise(SIGSTOP);
+        pause();
+    }
+    waitpid(child, nullptr, WUNTRACED);
+    return child;
+}
+
+void end(pid_t child) {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+}
+
+TEST_F(OnATerminal, AChildThatSharesThePortDoesNotHoldTheLock) {
+    control->PortOpen(true);
+    const pid_t child = _Fork();  // without the system's handlers
     if (child == 0) {
         pause();
         _exit(0);
     }
     control->PortOpen(false);
     EXPECT_EQ(raisedNumber([&] { control->PortOpen(true); }), 0);
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
+    end(child);
+}
+
+TEST_F(OnATerminal, AForkedChildsEndTakesNothingFromItsParent) {
+    const FileDescriptor watching = openFile(device.c_str(), O_RDWR | O_NOCTTY);
+    control->PortOpen(true);
+    for (const auto makeChild : {&fork, &_Fork}) {  // with and without the system's handlers
+        const pid_t child = makeChild();
+        if (child == 0) {
+            const int raised = raisedNumber([this] { control->Output(ByteArray{1}); });
+            control.reset();
+            _exit(raised);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), makeChild == &fork ? 57 : 0);
+        const auto second = makeSystemSerialControl();
+        second->CommPort(4);
+        EXPECT_EQ(raisedNumber([&] { second->PortOpen(true); }), 8005);
+        EXPECT_TRUE(isExclusive(watching));
+    }
+}
+
+/// As in a program of its own: nothing that the test has open is open there.
+void closeInherited() {
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+}
+
+TEST_F(OnATerminal, AKilledHostsChildDoesNotKeepThePort) {
+    const pid_t host = stoppedChild([this] {
+        setpgid(0, 0);
+        closeInherited();
+        control->PortOpen(true);
+        stoppedChild([] {});
+    });
+    chmod(device.c_str(), 0666);
+    {
+        const WithoutRights asNobody;  // who may not look into the host
+        EXPECT_EQ(raisedNumber([this] { control->PortOpen(true); }), 8005);
+        EXPECT_NE(reason().find("(process " + std::to_string(host) + ")"), std::string::npos) << reason();
+    }
+    end(host);
+    terminal.noteLeavings();
+    EXPECT_EQ(raisedNumber([this] { control->PortOpen(true); }), 0) << reason();
+    kill(-host, SIGKILL);
+}
+
+TEST_F(OnATerminal, AnotherProgramsExclusiveUseCountsAsLongAsItLives) {
+    const FileDescriptor watching = openFile(device.c_str(), O_RDWR | O_NOCTTY);
+    const pid_t server = stoppedChild([] {});  // which has both ends, as the terminal's server
+    const pid_t other = stoppedChild([this] {
+        closeInherited();
+        ioctl(open(device.c_str(), O_RDWR | O_NOCTTY), TIOCEXCL);
+    });
+    EXPECT_EQ(raisedNumber([this] { control->PortOpen(true); }), 8005);
+    EXPECT_NE(reason().find("(process " + std::to_string(other) + ")"), std::string::npos) << reason();
+    end(other);
+    // The flag has stayed; the system itself keeps all out with it but root.
+    EXPECT_EQ(raisedNumber([this] { control->PortOpen(true); }), WithoutRights::matters() ? 0 : 8005) << reason();
+    control->PortOpen(false);
+    EXPECT_TRUE(isExclusive(watching)) << "who has not set it does not clear it";
+    end(server);
+}
+
+TEST_F(OnATerminal, TellsWhoMayOpenIt) {
+    [[maybe_unused]] const int given = chown(device.c_str(), static_cast<uid_t>(-1), 65534);  // where root may
+    const std::string group = runProgram({"stat", "-c", "%G", device}).output;
+    for (const auto& [mode, said] : std::map<mode_t, std::string>{
+             {0060, "usermod -aG " + group.substr(0, group.find('\n')) + " USER"}, {0040, "its mode is 0040"}}) {
+        chmod(device.c_str(), mode);
+        const WithoutRights asNobody;
+        EXPECT_EQ(raisedNumber([this] { control->PortOpen(true); }), 70);
+        EXPECT_NE(reason().find(WithoutRights::matters() ? said : "chmod u+rw"), std::string::npos) << reason();
+    }
 }
 
 TEST_F(OnATerminal, NeverTakesTheNumberOfAClosedStandardStream) {
@@ -216,7 +340,10 @@ TEST_F(OnATerminal, TellsWhyItDidNotOpen) {
 }
 
 TEST_F(OnATerminal, AVanishedDeviceRaisesAnErrorAndClosesThePort) {
-    for (const bool reading : {true, false}) {
+    const auto openFiles = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = openFiles();
+    for (int replug = 0; replug < 200; ++replug) {
+        const bool reading = replug % 2 == 0;
         control->PortOpen(true);
         terminal.close();
         EXPECT_TRUE(control->WaitForInput(1000)) << "there is something to say";
@@ -226,8 +353,18 @@ TEST_F(OnATerminal, AVanishedDeviceRaisesAnErrorAndClosesThePort) {
         terminal.reopen();
         device = terminal.path();
     }
+    EXPECT_EQ(openFiles(), before) << "nothing is left of a device that has vanished";
     control->PortOpen(true);
     EXPECT_TRUE(control->Input().empty());
+}
+
+TEST_F(OnATerminal, AWaitIsEndedByACancellationFromAnotherThread) {
+    Cancellation cancellation;
+    const auto opened = openSerialDevice(device, 9600);
+    const auto start = std::chrono::steady_clock::now();
+    std::jthread other([&cancellation] { cancellation.cancel(); });  // before the wait or in it
+    EXPECT_FALSE(opened->waitForInput(60'000, &cancellation));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
 /// A counter that leaps at every reading, so that no test waits for a second.

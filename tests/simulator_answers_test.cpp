@@ -192,12 +192,12 @@ TEST(Keys, give_their_codes_and_turn_the_toggle_flag) {
 TEST(Readings, are_set_by_name) {
     ModuleState state;
     for (const char* order :
-         {"luminosity=1", "adc:1=2", "temperature-adc=3", "battery=65535", "temperature=215", "vlcd=0"})
+         {"luminosity=1", "adc:0x1=002", "temperature-adc=3", "battery=0xffff", "temperature=0215", "vlcd=0"})
         setReading(state, order);
     EXPECT_EQ((std::vector<int>{state.adc[0], state.adc[1], state.adc[2], state.adc[3], state.temperature, state.vlcd}),
               (std::vector<int>{1, 2, 3, 65535, 215, 0}));
     for (const std::string order :
-         {"", "vlcd", "vlcd=", "vlcd=-1", "vlcd=65536", "vlcd=1x", "light=1", "adc:256=1", "adc:=1", "=1"})
+         {"", "vlcd", "vlcd=", "vlcd=-1", "vlcd=65536", "vlcd=1x", "vlcd=0x-1", "light=1", "adc:256=1", "adc:=1", "=1"})
         try {
             setReading(state, order);
             ADD_FAILURE() << order;

@@ -135,6 +135,9 @@ TEST(LostRate, makes_a_reset_module_deaf_at_9600_until_it_is_plugged_in_again) {
 
 TEST(FaultOrder, is_read) {
     EXPECT_EQ(faultOrder("auxx3").count, 3U) << "a name that ends in x";
+    EXPECT_EQ(faultOrder("ignore:010").count, 10U);
+    EXPECT_EQ(faultOrder("aux:0x1F").parameter, 31);
+    EXPECT_EQ(faultOrder("aux:0x1x0x1f").count, 31U);
     const FaultOrder everything = faultOrder("delay:500@4x2");
     EXPECT_EQ(std::tie(everything.fault, everything.parameter, everything.after, everything.count),
               std::tuple(Fault::delay, 500, 4U, 2U));
@@ -142,9 +145,9 @@ TEST(FaultOrder, is_read) {
 
 TEST(FaultOrder, is_refused_by_its_name) {
     for (const std::string order :
-         {"",         "mute",   "ignore:0", "ignore:x",     "ignore:2x2", "ignore:-1",   "silent:3",
-          "silentx2", "aux:0",  "aux:256",  "cut-info:256", "garbage:0",  "delay:60001", "lost-rate:1",
-          "aux:1x0",  "aux:1@", "aux:1@h",  "aux:1x",       "aux 1",      "aux:9999999"})
+         {"",        "mute",    "ignore:0",     "ignore:x",    "ignore:2x2",  "ignore:-1",   "silent:3", "silentx2",
+          "aux:0",   "aux:256", "cut-info:256", "garbage:0",   "delay:60001", "lost-rate:1", "aux:1x0",  "aux:1@",
+          "aux:1@h", "aux:1x",  "aux 1",        "aux:9999999", "aux@0x2",     "cut-info:0x2"})
         try {
             faultOrder(order);
             ADD_FAILURE() << order;

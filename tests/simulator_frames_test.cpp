@@ -159,5 +159,16 @@ TEST(Pacing, one_direction_at_a_time_and_delays_on_top) {
     EXPECT_NEAR(static_cast<double>(module.nextOutputAt().value_or(0)), 125'625.0, 2);
 }
 
+TEST(LongLife, of_a_module_whose_host_never_reads_needs_no_more_and_more_memory) {
+    SimulatedModule module({.keepFrames = false});
+    constexpr std::size_t kFrames = 20'000;  // answered by more than can be on its way
+    for (std::size_t i = 0; i < kFrames; ++i)
+        module.receive(kStatusRequest, 0);
+    EXPECT_EQ(module.framesHeard(), kFrames);
+    EXPECT_TRUE(module.frames().empty());
+    EXPECT_EQ(module.takeOutput(0).size(), kMostOnItsWay);
+    EXPECT_EQ(said(module, kStatusRequest), kStatusAnswer) << "and nothing is lost any more";
+}
+
 }  // namespace
 }  // namespace opane::simulator

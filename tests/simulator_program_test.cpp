@@ -42,13 +42,15 @@ INSTANTIATE_TEST_SUITE_P(
     Options, WrongUse,
     testing::Values(WrongCase{"reading", "--reading light=1", "reading \"light=1\": no such reading"},
                     WrongCase{"value", "--reading vlcd=65536", "reading \"vlcd=65536\": expected NAME=VALUE"},
-                    WrongCase{"key", "--key 10", "--key: Value 10 not in range"},
+                    WrongCase{"key", "--key 010", "--key: \"010\" is no number from 1 to 9"},
                     WrongCase{"fault", "--fault mute", "fault \"mute\": no such fault"},
                     WrongCase{"baud", "--baud 12345", "--baud: 12345"},
                     WrongCase{"eeprom_of_another_size", "--user-eeprom new --system-eeprom short",
                               "cannot be kept in short: it holds 1023 bytes; expected exactly 1024"},
-                    WrongCase{"folder_as_eeprom", "--user-eeprom .", "kept in .: it is no plain file"},
-                    WrongCase{"eeprom_in_no_folder", "--user-eeprom none/user.bin", "none: No such file or directory"},
+                    WrongCase{"folder_as_eeprom", "--user-eeprom .",
+                              "kept in .: \".\" cannot be written: it is a folder"},
+                    WrongCase{"eeprom_in_no_folder", "--user-eeprom none/user.bin",
+                              "none/user.bin\" cannot be written: its folder does not exist"},
                     WrongCase{"unnamed_eeprom", "--user-eeprom ''", "expected the name of a file"},
                     WrongCase{"one_file_for_two", "--user-eeprom new --system-eeprom ./new", "both name the file"}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -81,6 +83,23 @@ TEST(Input, presses_keys_from_a_file_and_its_end_ends_nothing) {
         key = lastKey(device);
     EXPECT_EQ(key, "\xC3\x07");
     EXPECT_EQ(program.end(), 0);
+}
+
+TEST(Link, is_refused_while_another_run_has_it_and_taken_over_from_a_killed_one) {
+    const TemporaryFolder folder;
+    const std::string link = folder / "module";
+    const std::string program = std::string(kProgram) + " --link " + link;
+    test::RunningProgram first({"sh", "-c", "exec " + program + " </dev/null"});
+    const std::string device = first.line();
+    const auto second = test::runProgram({"sh", "-c", "echo q | " + program});  // accepted by mistake, it ends
+    EXPECT_EQ(second.status, 2);
+    EXPECT_NE(second.errors.find(link + ": another simulated module has it, of process "), std::string::npos)
+        << second.errors;
+    EXPECT_EQ(std::filesystem::read_symlink(link), device);
+    first.signal(SIGKILL);
+    first.end();
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(test::runProgram({"sh", "-c", "echo q | " + program}).status, 0);
 }
 
 tcflag_t shownAndGathered(const std::string& terminal) {

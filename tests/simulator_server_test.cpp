@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -128,15 +129,47 @@ TEST(Device, is_clean_again_when_its_last_host_has_gone_and_only_then) {
 TEST(Link, replaces_one_that_dangles_or_leads_to_a_terminal_and_goes_at_the_end) {
     const TemporaryFolder folder;
     const fs::path link = folder / "module";
-    for (const char* target : {"/dev/pts/12345", "nowhere"}) {
+    const Descriptor somebody(::posix_openpt(O_RDWR | O_NOCTTY));  // else's terminal
+    ASSERT_EQ(::unlockpt(somebody.number()), 0);
+    for (const char* target : {"/dev/pts/12345", "nowhere", static_cast<const char*>(::ptsname(somebody.number()))}) {
         fs::create_symlink(target, link);
-        auto first = std::make_optional<PseudoTerminal>(link);
-        EXPECT_EQ(fs::read_symlink(link), first->path());
-        const PseudoTerminal second(link);
-        first.reset();
-        EXPECT_EQ(fs::read_symlink(link), second.path()) << "another one's is left alone";
+        const PseudoTerminal terminal(link);
+        EXPECT_EQ(fs::read_symlink(link), terminal.path());
     }
     EXPECT_TRUE(fs::is_empty(folder.path()));
+}
+
+TEST(Link, of_one_that_lives_is_left_alone) {
+    const TemporaryFolder folder;
+    auto first = std::make_optional<PseudoTerminal>(folder / "module");
+    for (const std::string name : {"module", "./module"})
+        EXPECT_THROW(PseudoTerminal{folder / name}, std::runtime_error) << name;
+    EXPECT_EQ(fs::read_symlink(folder / "module"), first->path());
+    first->close();  // as unplugged
+    EXPECT_THROW(PseudoTerminal{folder / "module"}, std::runtime_error);
+    first->reopen();
+    EXPECT_EQ(fs::read_symlink(folder / "module"), first->path());
+    first.reset();
+    EXPECT_NO_THROW(PseudoTerminal{folder / "module"});
+}
+
+TEST(Link, goes_to_one_of_those_that_start_at_once) {
+    const TemporaryFolder folder;
+    for (int round = 0; round < 50; ++round) {
+        fs::create_symlink("nowhere", folder / "module");
+        std::optional<PseudoTerminal> terminals[2];
+        {
+            std::jthread starting[2];
+            for (std::size_t i = 0; i < 2; ++i)
+                starting[i] = std::jthread([&, i] {
+                    try {
+                        terminals[i].emplace(folder / "module");
+                    } catch (const std::runtime_error&) {
+                    }
+                });
+        }
+        ASSERT_NE(terminals[0].has_value(), terminals[1].has_value());
+    }
 }
 
 TEST(Link, replaces_nothing_else) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "link/connection.h"
 #include "support/bench.h"
 
 namespace opane::test {
@@ -83,6 +84,40 @@ TEST(Waiting, AResynchronisationLeavesTheUsualTimeOut) {
         EXPECT_FALSE(bench.link().OPaneCmd_Clear(0));
         EXPECT_EQ(bench.link().Timeout(), 1000);
     }
+}
+
+TEST(Waiting, AnotherHandshakeLetsOldBytesGoBy) {
+    LinkBench bench;
+    ScriptedPeer& peer = bench.scripted();
+    const ConnectionChoice choice{1, 9600, 3, "RS232"};
+    peer.answers = {{0x18, 0xAA}, {0x55}};
+    peer.answerAfter = 150'000;  // too late for the first handshake, and no answer to the second
+    EXPECT_FALSE(makeConnection(bench.link(), choice));
+    EXPECT_FALSE(makeConnectionAgain(bench.link(), choice));
+    const auto start = bench.time.micros;
+    peer.answers = {{0x18}};
+    peer.answerAfter = 0;
+    EXPECT_TRUE(makeConnectionAgain(bench.link(), choice));
+    EXPECT_NEAR(bench.time.since(start), 50 + 100, 5) << "the late byte, and the silence behind it";
+}
+
+TEST(Waiting, ALineThatIsNeverSilentIsNotWaitedForForEver) {
+    class Babbler final : public Peer {
+    public:
+        explicit Babbler(VirtualTime& time) : time_(time) {}
+        void receive(std::span<const std::uint8_t>, Micros) override {}
+        ByteArray takeOutput(Micros) override { return {0}; }
+        std::optional<Micros> nextOutputAt() const override { return time_.micros + 50'000; }
+
+    private:
+        VirtualTime& time_;
+    };
+    LinkBench bench;
+    Babbler peer(bench.time);
+    bench.line.peer = &peer;
+    const auto start = bench.time.micros;
+    EXPECT_FALSE(makeConnectionAgain(bench.link(), {1, 9600, 3, "RS232"}));
+    EXPECT_NEAR(bench.time.since(start), 2000, 110);
 }
 
 TEST(Waiting, AHostWithEventsIsServedEveryMillisecond) {

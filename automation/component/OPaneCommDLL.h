@@ -13,7 +13,7 @@ constexpr CLSID CLSID_clsOPaneCommDLL = {0xf58b722d, 0x34f5, 0x4721, {0xae, 0x0a
 /// The programmatic identifier.
 #define PROGID_clsOPaneCommDLL "OPaneCommDLL.clsOPaneCommDLL"
 
-/// Drives one OPane LCD module. An object belongs to the thread that created it; one object a thread is the supported
+/// Drives one OPane LCD module. An object belongs to the thread that created it; one object per thread is the supported
 /// use. A call returns when its exchanges with the module are over; while it waits, the host's pending events run.
 ///
 /// Numbers travel by reference; the methods change only those said to be read from the module, and intReturnStatus: 0

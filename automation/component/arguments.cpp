@@ -1,6 +1,7 @@
 #include "automation/component/arguments.h"
 
 #include <cstring>
+#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -62,8 +63,8 @@ std::string description(const VARIANT& argument) {
     VARIANT text{};
     if (FAILED(VariantChangeTypeEx(&text, const_cast<VARIANT*>(&argument), LOCALE_USER_DEFAULT, 0, VT_BSTR)))
         return "of variant type " + std::to_string(argument.vt);
-    std::string result = textOf(text.bstrVal);
-    VariantClear(&text);
+    const OwnedString owned(text.bstrVal);
+    std::string result = textOf(owned.get());
     if (type == VT_BSTR) {
         result.insert(result.begin(), '"');
         result += '"';
@@ -149,19 +150,19 @@ void CallArguments::take(std::size_t position, VARIANT& passed) {
 }
 
 void CallArguments::writeBack() {
-    std::optional<ComponentError> first;
+    std::exception_ptr first;
     for (std::size_t i = 0; i < method_.parameterCount; ++i) {
         if (method_.allParameters[i].direction != Direction::out)
             continue;
         try {
             giveBack(i);
-        } catch (const ComponentError& error) {
+        } catch (...) {
             if (!first)
-                first = error;
+                first = std::current_exception();
         }
     }
     if (first)
-        throw *first;
+        std::rethrow_exception(first);
 }
 
 void CallArguments::giveBack(std::size_t position) {

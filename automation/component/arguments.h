@@ -19,7 +19,7 @@ public:
     CallArguments(const CallArguments&) = delete;
     CallArguments& operator=(const CallArguments&) = delete;
 
-    /// One variant a parameter, in the order of the parameters.
+    /// One variant for each parameter, in the order of the parameters.
     VARIANT* values() { return values_.data(); }
 
     /// Writes the out-arguments into what the caller passed by reference: in the caller's type where it has one, in the

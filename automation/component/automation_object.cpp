@@ -1,9 +1,11 @@
 #include "automation/component/automation_object.h"
 
-#include <cstdint>
+#include <atomic>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "automation/component/arguments.h"
@@ -12,6 +14,7 @@
 #include "automation/component/method_table.h"
 #include "automation/component/type_information.h"
 #include "automation/component/wide_text.h"
+#include "shared/utf16.h"
 
 namespace opane::component {
 namespace {
@@ -90,11 +93,9 @@ void checkReserved(REFIID riid) {
 }
 
 std::string quoted(LPOLESTR name) {
-    const BSTR text = SysAllocString(name);
+    const std::basic_string_view<OLECHAR> units = name;
     std::string result(1, '"');
-    result.append(textOf(text)).append(1, '"');
-    SysFreeString(text);
-    return result;
+    return result.append(utf8Text(std::u16string(units.begin(), units.end()))).append(1, '"');
 }
 
 /// Moves the thread's error information into the exception of a late-bound call.
@@ -132,9 +133,13 @@ void* AutomationObject::interfaceFor(REFIID riid) {
     return riid == IID_ISupportErrorInfo ? static_cast<ISupportErrorInfo*>(this) : nullptr;
 }
 
-const void* AutomationObject::callingThread() noexcept {
-    thread_local const char here = 0;  // its address tells the living threads apart
-    return &here;
+/// The calling thread's number, which no other thread gets, not even after its end.
+std::uint64_t AutomationObject::callingThread() noexcept {
+    static std::atomic<std::uint64_t> lastNumber = 0;
+    thread_local std::uint64_t number = 0;  // nothing to destroy: that would pin the library in its process
+    if (number == 0)
+        number = ++lastNumber;
+    return number;
 }
 
 void AutomationObject::checkThread() const {

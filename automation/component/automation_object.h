@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "automation/clsOPaneCommDLL.h"
 #include "automation/component/OPaneCommDLL.h"
@@ -54,10 +55,10 @@ private:
     template <auto Operation, typename... Arguments>
     HRESULT call(std::size_t slot, Arguments... arguments);
 
-    const void* const thread_ = callingThread();
+    const std::uint64_t thread_ = callingThread();
     clsOPaneCommDLL object_;
 
-    static const void* callingThread() noexcept;
+    static std::uint64_t callingThread() noexcept;
 };
 
 }  // namespace opane::component

@@ -1,7 +1,5 @@
 #include "automation/component/boundary.h"
 
-#include <algorithm>
-
 #include "automation/component/wide_text.h"
 
 namespace opane::component {
@@ -10,21 +8,20 @@ namespace {
 constexpr const char* kSource = "OPaneCommDLL";
 
 /// Leaves the text for whoever asks; without memory the code alone has to do.
-void leaveErrorInformation(const std::string& text) noexcept {
+void leaveErrorInformation(const char* text) noexcept {
     ICreateErrorInfo* creation = nullptr;
     if (FAILED(CreateErrorInfo(&creation)))
         return;
     try {
-        creation->SetSource(wideText(kSource).data());
+        auto source = wideText(kSource);
         auto description = wideText(text);
-        std::replace(description.begin(), description.end(), OLECHAR{0}, OLECHAR{0xFFFD});  // it would end there
-        creation->SetDescription(description.data());
         IErrorInfo* info = nullptr;
-        if (SUCCEEDED(creation->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)))) {
+        if (SUCCEEDED(creation->SetSource(source.data())) && SUCCEEDED(creation->SetDescription(description.data())) &&
+            SUCCEEDED(creation->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)))) {
             SetErrorInfo(0, info);
             info->Release();
         }
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
     }
     creation->Release();
 }
@@ -57,9 +54,8 @@ std::string takeErrorText(const std::string& otherwise) {
     BSTR description = nullptr;
     const HRESULT result = info->GetDescription(&description);
     info->Release();
-    const std::string text = textOf(description);
-    SysFreeString(description);
-    return SUCCEEDED(result) ? text : otherwise;
+    const OwnedString owned(description);
+    return SUCCEEDED(result) ? textOf(owned.get()) : otherwise;
 }
 
 void forgetErrorInformation() noexcept {

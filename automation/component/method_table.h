@@ -26,7 +26,7 @@ struct Method {
     DISPID identifier;
     std::array<Parameter, kMostParameters> allParameters;
     std::size_t parameterCount;
-    /// Calls it through its slot with one variant a parameter, each of the parameter's type.
+    /// Calls it through its slot with one variant for each parameter, each of the parameter's type.
     HRESULT (*call)(_clsOPaneCommDLL& object, VARIANT* values);
 
     std::span<const Parameter> parameters() const { return {allParameters.data(), parameterCount}; }

@@ -1,10 +1,17 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "platform/component_runtime.h"
 
 namespace opane::component {
+
+struct FreeString {
+    void operator()(OLECHAR* text) const { SysFreeString(text); }
+};
+/// An automation string that is freed at the end.
+using OwnedString = std::unique_ptr<OLECHAR, FreeString>;
 
 /// Text of an automation string in UTF-8; a null string is empty.
 std::string textOf(BSTR text);

@@ -1,5 +1,6 @@
 #include "platform/console.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace opane {
@@ -10,6 +11,11 @@ std::vector<std::string> programArguments(int argc, char** argv) {
 
 bool standardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool isBrokenPipe(StandardStream stream) {
+    pollfd end{static_cast<int>(stream), POLLOUT, 0};
+    return poll(&end, 1, 0) > 0 && (end.revents & POLLERR) != 0;
 }
 
 Utf8Console::Utf8Console() : earlierCodePage_(0) {}

@@ -5,7 +5,7 @@
 namespace opane {
 
 std::string environmentText(const std::string& name) {
-    const char* const value = std::getenv(name.c_str());
+    const char* const value = secure_getenv(name.c_str());
     return value != nullptr ? value : "";
 }
 

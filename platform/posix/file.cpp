@@ -70,23 +70,34 @@ void takeBack(int file, off_t bytes) {
     [[maybe_unused]] const int truncated = ftruncate(file, end - bytes);
 }
 
+class FileReader final : public ByteReader {
+public:
+    explicit FileReader(const std::string& path) : path_(path), file_(openRegular(path, O_RDONLY)) {}
+
+    std::size_t read(std::span<std::uint8_t> bytes) override {
+        std::size_t filled = 0;
+        while (filled < bytes.size()) {
+            const ssize_t got = ::read(file_.get(), bytes.data() + filled, bytes.size() - filled);
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got < 0)
+                raiseTransferError(path_, "read", errno);
+            if (got == 0)
+                break;
+            filled += static_cast<std::size_t>(got);
+        }
+        return filled;
+    }
+
+private:
+    std::string path_;
+    FileDescriptor file_;
+};
+
 }  // namespace
 
-ByteArray readFile(const std::string& path, std::size_t maxBytes) {
-    const FileDescriptor file = openRegular(path, O_RDONLY);
-    ByteArray content;
-    std::uint8_t chunk[16384];
-    while (content.size() < maxBytes) {
-        const ssize_t got = read(file.get(), chunk, std::min(sizeof chunk, maxBytes - content.size()));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            raiseTransferError(path, "read", errno);
-        if (got == 0)
-            break;
-        content.insert(content.end(), chunk, chunk + got);
-    }
-    return content;
+std::unique_ptr<ByteReader> openToRead(const std::string& path) {
+    return std::make_unique<FileReader>(path);
 }
 
 void appendToFile(const std::string& path, const std::string& text) {

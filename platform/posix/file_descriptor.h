@@ -34,8 +34,9 @@ private:
 
 /// Opens a file for this process alone, never as descriptor 0 to 2: in a program whose standard streams are closed,
 /// what it prints would go there. Not open, with errno, when the system refuses.
-inline FileDescriptor openFile(const char* path, int flags, mode_t mode = 0) {
-    FileDescriptor file(open(path, flags | O_CLOEXEC, mode));
+/// @param folder  where a relative path begins: a descriptor of it, or the current folder
+inline FileDescriptor openFile(const char* path, int flags, mode_t mode = 0, int folder = AT_FDCWD) {
+    FileDescriptor file(openat(folder, path, flags | O_CLOEXEC, mode));
     if (!file || file.get() > STDERR_FILENO)
         return file;
     return FileDescriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));

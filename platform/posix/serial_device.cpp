@@ -1,9 +1,11 @@
 #include "platform/serial_device.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -11,9 +13,13 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <optional>
 #include <system_error>
+#include <vector>
 
-#include "platform/posix/file_descriptor.h"
+#include "platform/posix/device_user.h"
+#include "platform/posix/unshared_descriptor.h"
 
 namespace opane {
 namespace {
@@ -48,6 +54,48 @@ std::string systemText(int error) {
     return std::generic_category().message(error);
 }
 
+std::optional<DeviceUser> userOf(const std::string& path) {
+    struct stat device {};
+    if (stat(path.c_str(), &device) != 0)
+        return std::nullopt;
+    const auto locker = deviceLocker(device);
+    return locker ? locker : otherDeviceUser(device);
+}
+
+[[noreturn]] void refuseUsed(const std::string& path, const std::optional<DeviceUser>& user) {
+    std::string by = "another program, or by a call of this one that still runs";
+    if (user && user->process == getpid())
+        by = "this program: another port of it, or a call of it that still runs";
+    else if (user)
+        by = "program \"" + user->program + "\" (process " + std::to_string(user->process) + ")";
+    throw DeviceError{ErrorNumber::portAlreadyOpen, "device " + path + " is in use by " + by};
+}
+
+/// By its number where it has no name.
+std::string groupName(gid_t number) {
+    std::vector<char> texts(1024);
+    group entry{};
+    group* found = nullptr;
+    while (getgrgid_r(number, &entry, texts.data(), texts.size(), &found) == ERANGE && texts.size() < 1'000'000)
+        texts.resize(2 * texts.size());  // a group with many members
+    return found != nullptr ? found->gr_name : std::to_string(number);
+}
+
+std::string notAllowedText(const std::string& path) {
+    struct stat device {};
+    if (stat(path.c_str(), &device) != 0)
+        return "a folder on the way to it may not be entered";
+    char mode[8];
+    std::snprintf(mode, sizeof mode, "%04o", device.st_mode & 07777U);
+    if (device.st_uid == geteuid())
+        return std::string("its mode is ") + mode + " and keeps its own user out: chmod u+rw " + path;
+    const std::string group = groupName(device.st_gid);
+    constexpr mode_t kGroupMayUseIt = S_IRGRP | S_IWGRP;
+    if ((device.st_mode & kGroupMayUseIt) != kGroupMayUseIt)
+        return std::string("its mode is ") + mode + " and keeps its group, " + group + ", out";
+    return "join the group that owns it: usermod -aG " + group + " USER, then log in again";
+}
+
 [[noreturn]] void refuseOpen(const std::string& path, int error) {
     const std::string device = "device " + path;
     switch (error) {
@@ -59,14 +107,13 @@ std::string systemText(int error) {
         case EIO:
             throw DeviceError{ErrorNumber::invalidPort, device + " has no hardware behind it"};
         case EBUSY:
-            throw DeviceError{ErrorNumber::portAlreadyOpen,
-                              device + " is in use by another program, or by a call of this one that still runs"};
+            refuseUsed(path, userOf(path));
         case EACCES:
+            throw DeviceError{ErrorNumber::permissionDenied,
+                              device + " may not be opened by this user; " + notAllowedText(path)};
         case EPERM:
             throw DeviceError{ErrorNumber::permissionDenied,
-                              device +
-                                  " may not be opened by this user; join the group that owns it (often dialout: "
-                                  "usermod -aG dialout USER, then log in again)"};
+                              device + " may not be opened here, whoever asks: " + systemText(error)};
         default:
             throw DeviceError{ErrorNumber::invalidPort, device + " cannot be opened: " + systemText(error)};
     }
@@ -74,28 +121,39 @@ std::string systemText(int error) {
 
 class PosixSerialDevice final : public SerialDevice {
 public:
-    PosixSerialDevice(const std::string& path, std::int32_t baudRate) : path_(path) {
-        // O_NONBLOCK: neither a missing carrier nor a pipe by that name holds the call.
-        FileDescriptor device = openFile(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-        if (!device)
+    // O_NONBLOCK: neither a missing carrier nor a pipe by that name holds the call.
+    PosixSerialDevice(const std::string& path, std::int32_t baudRate)
+        : path_(path), device_(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK) {
+        if (!device_)
             refuseOpen(path, errno);
-        if (isatty(device.get()) == 0) {
+        if (isatty(device_.get()) == 0) {
             if (errno != ENOTTY && errno != EINVAL)
                 refuseOpen(path, errno);
             throw DeviceError{ErrorNumber::invalidPort, "device " + path + " is no serial device"};
         }
         // TIOCEXCL keeps other users out, the lock also root and other ports of this process.
-        if (flock(device.get(), LOCK_EX | LOCK_NB) != 0)
-            refuseOpen(path, EBUSY);
-        configure(device.get(), baudRate);
-        ioctl(device.get(), TIOCEXCL);
-        device_ = std::move(device);
+        if (flock(device_.get(), LOCK_EX | LOCK_NB) != 0)
+            refuseUsed(path, userOf(path));
+        // The system lets root in where another program has set TIOCEXCL, also a dead one, whose flag may outlast it.
+        int isExclusive = 0;
+        struct stat status {};
+        if (ioctl(device_.get(), TIOCGEXCL, &isExclusive) == 0 && isExclusive != 0 &&
+            fstat(device_.get(), &status) == 0) {
+            if (const auto user = otherDeviceUser(status))
+                refuseUsed(path, user);
+        }
+        configure(device_.get(), baudRate);
+        setExclusive_ = isExclusive == 0 && ioctl(device_.get(), TIOCEXCL) == 0;
     }
 
     ~PosixSerialDevice() override {
+        if (!device_ || getpid() != owner_)
+            return;  // in a forked child, which shares with its parent what the following would end
         tcflush(device_.get(), TCIOFLUSH);
-        flock(device_.get(), LOCK_UN);   // or a child that was forked meanwhile would go on holding it
-        ioctl(device_.get(), TIOCNXCL);  // or the next open would fail while somebody else holds the device open too
+        flock(device_.get(), LOCK_UN);  // or a child that shares it would go on holding it
+        if (setExclusive_)
+            ioctl(device_.get(),
+                  TIOCNXCL);  // or the next open would fail while somebody else holds the device open too
     }
 
     void setBaudRate(std::int32_t baudRate) override { configure(device_.get(), baudRate); }
@@ -120,26 +178,31 @@ public:
         return 0;
     }
 
-    bool waitForInput(std::int32_t limitMs) override {
+    bool waitForInput(std::int32_t limitMs, const Cancellation* cancellation) override {
         using namespace std::chrono;
-        pollfd device{device_.get(), POLLIN, 0};
+        const int event = cancellation != nullptr ? static_cast<int>(cancellation->event()) : -1;  // -1 is passed over
+        std::array<pollfd, 2> sources{{{device_.get(), POLLIN, 0}, {event, POLLIN, 0}}};
         // The system lets a wait end late by a thousandth of its length: the last part of a long one is a wait of its
         // own.
         const auto end = steady_clock::now() + milliseconds(limitMs);
         int ready = 0;
         if (const std::int32_t last = limitMs / 256; last > 0)
-            ready = poll(&device, 1, limitMs - last);
+            ready = poll(sources.data(), sources.size(), limitMs - last);
         if (ready == 0) {
             const nanoseconds left = std::max<nanoseconds>(nanoseconds::zero(), end - steady_clock::now());
             const timespec limit{static_cast<time_t>(left / seconds(1)),
                                  static_cast<long>((left % seconds(1)).count())};
-            ready = ppoll(&device, 1, &limit, nullptr);
+            ready = ppoll(sources.data(), sources.size(), &limit, nullptr);
         }
-        return ready > 0;  // a signal ends it early: the caller looks at its time
+        return ready > 0 && sources[0].revents != 0;  // a signal ends it early: the caller looks at its time
     }
 
 private:
     [[noreturn]] void fail(const std::string& reason) const {
+        if (!device_)
+            throw DeviceError{
+                ErrorNumber::deviceIo,
+                "device " + path_ + " was opened by the process that this one was forked from; open it again"};
         throw DeviceError{ErrorNumber::deviceIo, "device " + path_ + " vanished or failed (" + reason + ")"};
     }
 
@@ -164,7 +227,9 @@ private:
     }
 
     std::string path_;
-    FileDescriptor device_;
+    pid_t owner_ = getpid();
+    UnsharedDescriptor device_;
+    bool setExclusive_ = false;
 };
 
 }  // namespace

@@ -22,6 +22,12 @@ bool standardErrorIsTerminal() {
     return GetConsoleMode(error, &mode) != 0 && SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+bool isBrokenPipe(StandardStream stream) {
+    const HANDLE end = GetStdHandle(stream == StandardStream::output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+    DWORD put = 0;
+    return GetFileType(end) == FILE_TYPE_PIPE && WriteFile(end, "", 0, &put, nullptr) == 0;
+}
+
 Utf8Console::Utf8Console() : earlierCodePage_(GetConsoleOutputCP()) {
     SetConsoleOutputCP(CP_UTF8);
 }

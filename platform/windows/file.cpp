@@ -76,22 +76,34 @@ std::string textFileBytes(const std::string& text) {
     return bytes;
 }
 
+class FileReader final : public ByteReader {
+public:
+    explicit FileReader(const std::string& path) : path_(path), file_(openRegular(path, GENERIC_READ, OPEN_EXISTING)) {}
+
+    std::size_t read(std::span<std::uint8_t> bytes) override {
+        constexpr std::size_t kMostAtOnce = 1U << 20;  // the system counts in 32 bits
+        std::size_t filled = 0;
+        while (filled < bytes.size()) {
+            DWORD got = 0;
+            const auto wanted = static_cast<DWORD>(std::min(bytes.size() - filled, kMostAtOnce));
+            if (ReadFile(file_.get(), bytes.data() + filled, wanted, &got, nullptr) == 0)
+                raiseTransferError(path_, "read", GetLastError());
+            if (got == 0)
+                break;
+            filled += got;
+        }
+        return filled;
+    }
+
+private:
+    std::string path_;
+    Handle file_;
+};
+
 }  // namespace
 
-ByteArray readFile(const std::string& path, std::size_t maxBytes) {
-    const Handle file = openRegular(path, GENERIC_READ, OPEN_EXISTING);
-    ByteArray content;
-    std::uint8_t chunk[16384];
-    while (content.size() < maxBytes) {
-        DWORD got = 0;
-        const auto wanted = static_cast<DWORD>(std::min(sizeof chunk, maxBytes - content.size()));
-        if (ReadFile(file.get(), chunk, wanted, &got, nullptr) == 0)
-            raiseTransferError(path, "read", GetLastError());
-        if (got == 0)
-            break;
-        content.insert(content.end(), chunk, chunk + got);
-    }
-    return content;
+std::unique_ptr<ByteReader> openToRead(const std::string& path) {
+    return std::make_unique<FileReader>(path);
 }
 
 void appendToFile(const std::string& path, const std::string& text) {

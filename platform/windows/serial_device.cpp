@@ -135,7 +135,7 @@ public:
         return bytes.size();
     }
 
-    bool waitForInput(std::int32_t limitMs) override {
+    bool waitForInput(std::int32_t limitMs, const Cancellation* cancellation) override {
         COMSTAT state{};
         if (ahead_ || ClearCommError(device_.get(), nullptr, &state) == 0 || state.cbInQue > 0)
             return true;
@@ -145,9 +145,12 @@ public:
         if (!begun)
             return true;
         // The host's messages end it: they are run by the yield that follows.
-        const HANDLE event = reading_.event();
-        const bool over =
-            MsgWaitForMultipleObjects(1, &event, FALSE, static_cast<DWORD>(limitMs), QS_ALLINPUT) == WAIT_OBJECT_0;
+        std::array<HANDLE, 2> events{reading_.event(), nullptr};
+        if (cancellation != nullptr)
+            events[1] = reinterpret_cast<HANDLE>(cancellation->event());
+        const DWORD count = cancellation != nullptr ? 2 : 1;
+        const bool over = MsgWaitForMultipleObjects(count, events.data(), FALSE, static_cast<DWORD>(limitMs),
+                                                    QS_ALLINPUT) == WAIT_OBJECT_0;
         const auto got = over ? reading_.finish(device_.get()) : reading_.cancel(device_.get());
         if (got == 1U)
             ahead_ = byte;

@@ -78,7 +78,7 @@ Report "a method that there is not"
 lcd.Synchronize port, rate, 1, status
 Report "a module that there is not"
 
-' One link a thread: the second object takes it over, and its end leaves the first one without.
+' One link per thread: the second object takes it over, and its end leaves the first one without.
 Set other = CreateObject("OPaneCommDLL.clsOPaneCommDLL")
 Synchronize other
 Report "a second object"

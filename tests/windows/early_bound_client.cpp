@@ -188,7 +188,7 @@ void checkMessages(_clsOPaneCommDLL* object) {
           "the request to quit is left to the host");
 }
 
-/// One link a thread: the second object takes it over, and its end leaves the first one without.
+/// One link per thread: the second object takes it over, and its end leaves the first one without.
 void checkTwoObjects(_clsOPaneCommDLL* first) {
     _clsOPaneCommDLL* const second = create();
     if (second == nullptr)

@@ -55,8 +55,11 @@ void checkFiles(const std::string& folder, const std::string& file) {
     appendToFile(file, "one\r\n");
     appendToFile(file, "été\r\n");
     check(contentOf(file) == "one\r\n\xE9t\xE9\r\n", "lines are appended in the code page");
+    appendToFile(file + ".0123456789abcdef.part", "half");
     writeWholeFile(file, {'n', 'e', 'w', '\n'});
     check(contentOf(file) == "new\n", "a whole file replaces what was there");
+    check(GetFileAttributesW(utf8Path(file + ".0123456789abcdef.part").c_str()) == INVALID_FILE_ATTRIBUTES,
+          "what a killed writer left goes");
     check(readFile(file, 2).size() == 2, "no more is read than asked for");
 
     const HANDLE held = CreateFileW(utf8Path(file).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);

@@ -62,7 +62,7 @@ Face openFace(FT_Library library, const ByteArray& bytes, const std::string& pat
 }
 
 Drawing drawingOf(FT_Library library, FT_GlyphSlot slot) {
-    // One byte a pixel, whatever the font holds.
+    // One byte per pixel, whatever the font holds.
     FT_Bitmap pixels;
     FT_Bitmap_Init(&pixels);
     if (FT_Bitmap_Convert(library, &slot->bitmap, &pixels, 1) != 0)

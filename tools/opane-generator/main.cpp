@@ -1,17 +1,21 @@
 #include <cstdint>
+#include <filesystem>
 #include <iostream>
 #include <numeric>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "automation/glyph_file.h"
 #include "platform/code_page.h"
+#include "platform/utf8_path.h"
 #include "platform/whole_file.h"
 #include "shared/runtime_error.h"
 #include "shared/utf8.h"
+#include "tools/command_line/command_line.h"
 #include "tools/opane-generator/font_glyphs.h"
 #include "tools/opane-generator/generator_bytes.h"
 #include "tools/opane-generator/glyph_cells.h"
@@ -19,8 +23,9 @@
 
 namespace {
 
+using opane::tools::kWrongUsage;
+
 constexpr int kSuccess = 0;
-constexpr int kWrongInput = 2;
 
 constexpr unsigned kFirstPrintable = 32;
 constexpr char32_t kSoftHyphen = 0xAD;
@@ -41,6 +46,16 @@ std::string listOf(const std::vector<std::uint8_t>& codes) {
     return list;
 }
 
+/// @param read     the file that is read
+/// @param written  the one that is written, by any of its names
+void requireAnotherFile(const std::string& read, const std::string& written, const char* option) {
+    std::error_code ignored;  // of one that is not there yet
+    if (std::filesystem::equivalent(opane::utf8Path(read), opane::utf8Path(written), ignored))
+        throw opane::RuntimeError(opane::ErrorNumber::pathFileAccess, std::string(option) + " \"" + written +
+                                                                          "\" is the file that is read, \"" + read +
+                                                                          "\"; expected another one");
+}
+
 struct MakeArguments {
     std::string font;
     std::optional<int> size;
@@ -48,6 +63,7 @@ struct MakeArguments {
 };
 
 int make(const MakeArguments& arguments) {
+    requireAnotherFile(arguments.font, arguments.output, "--output");
     const opane::FontGlyphs glyphs = opane::loadFontGlyphs(arguments.font, arguments.size);
     opane::writeWholeFile(arguments.output, opane::generatorBytes(glyphs));
     if (!glyphs.cutCodes.empty())
@@ -74,6 +90,8 @@ void printCount(const opane::GlyphFile& generator) {
 }
 
 int show(const ShowArguments& arguments) {
+    if (arguments.png)
+        requireAnotherFile(arguments.generator, *arguments.png, "--png");
     const auto generator = opane::GlyphFile::read(arguments.generator);
     if (generator.count() == 0)
         throw opane::RuntimeError(opane::ErrorNumber::invalidFileFormat,
@@ -93,7 +111,7 @@ int show(const ShowArguments& arguments) {
 
     for (const std::string& fault : faults)
         std::cerr << "opane-generator: " << fault << '\n';
-    return faults.empty() ? kSuccess : kWrongInput;
+    return faults.empty() ? kSuccess : kWrongUsage;
 }
 
 }  // namespace
@@ -106,7 +124,7 @@ int main(int argc, char** argv) {
         "  opane-generator make --font 5x8.pcf.gz --output latin1.gen\n"
         "  opane-generator show latin1.gen\n"
         "\n"
-        "Exit status: 0 success, 2 wrong usage or input.");
+        "Exit status: 0 success, 2 wrong usage or input, 3 standard output cannot be written.");
 
     MakeArguments making;
     CLI::App* const makeCommand = app.add_subcommand(
@@ -115,7 +133,8 @@ int main(int argc, char** argv) {
     makeCommand
         ->add_option("--size", making.size,
                      "size in pixels; without it the largest at which at most one glyph in twenty is cut")
-        ->check(CLI::Range(1, 64));
+        ->transform(opane::tools::number(1, 64))
+        ->type_name("1..64");
     makeCommand->add_option("--output", making.output, "generator file to write; one that is there is replaced")
         ->required();
     makeCommand->footer(
@@ -135,25 +154,20 @@ int main(int argc, char** argv) {
         "  opane-generator show latin1.gen --png sheet.png\n"
         "  opane-generator show latin1.gen --text \"Température 21,5 °C\"");
 
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0)
-            return app.exit(error);
-        std::cerr << "opane-generator: " << error.what() << "\nopane-generator --help tells more.\n";
-        return kWrongInput;
-    }
+    if (const auto exit = opane::tools::readCommandLine(app, argc, argv))
+        return exit->status;
     if (!makeCommand->parsed() && !showCommand->parsed()) {
         std::cerr << "opane-generator: no command is given; opane-generator --help lists them\n";
-        return kWrongInput;
+        return kWrongUsage;
     }
     try {
         const int status = makeCommand->parsed() ? make(making) : show(showing);
-        if (!std::cout.flush())
-            throw opane::RuntimeError(opane::ErrorNumber::deviceIo, "standard output cannot be written");
-        return status;
+        if (std::cout.flush())
+            return status;
+        std::cerr << "opane-generator: standard output cannot be written\n";
+        return opane::tools::kErrorRaised;
     } catch (const opane::RuntimeError& error) {
         std::cerr << "opane-generator: " << error.what() << '\n';
-        return kWrongInput;
+        return kWrongUsage;
     }
 }

@@ -1,7 +1,6 @@
 #include "tools/opane-panel/arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <map>
 
 namespace opane::panel_tool {
@@ -23,7 +22,7 @@ std::string notEmpty(const std::string& value) {
 
 }  // namespace
 
-std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
+std::variant<Arguments, tools::Exit> readArguments(int argc, char** argv) {
     Arguments arguments;
     const std::map<std::string, qt::Theme> themes{
         {"system", qt::Theme::system}, {"light", qt::Theme::light}, {"dark", qt::Theme::dark}};
@@ -37,7 +36,7 @@ std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
         ->excludes(device2);
     app.add_option("--log-level", arguments.logLevel,
                    "2 logs commands, 3 frames too; $OPANE_LOG_LEVEL, else 0, without it")
-        ->check(CLI::Range(0, 3).description(""))
+        ->transform(tools::number(0, 3))
         ->type_name("0..3");
     app.add_option("--log-folder", arguments.logFolder, "Folder of the log files")
         ->check(CLI::ExistingDirectory.description(""))
@@ -52,15 +51,8 @@ std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
     for (auto* const option : {device1, device2})
         option->check(notEmpty);
 
-    constexpr int kWrongUsage = 2;
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0)
-            return Exit{app.exit(error)};
-        std::cerr << "opane-panel: " << error.what() << "\nopane-panel --help tells more.\n";
-        return Exit{kWrongUsage};
-    }
+    if (const auto exit = tools::readCommandLine(app, argc, argv))
+        return *exit;
     arguments.theme = themes.at(theme);
     return arguments;
 }

@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "platform/qt/theme.h"
+#include "tools/command_line/command_line.h"
 
 namespace opane::panel_tool {
 
@@ -21,12 +22,7 @@ struct Arguments {
     bool hidesOtherPorts() const { return simulate || !devices[0].empty() || !devices[1].empty(); }
 };
 
-/// The exit status of a command line that only asked for help (0), or was wrong (2).
-struct Exit {
-    int status = 0;
-};
-
-/// Reads the command line. Prints the help to standard output, or what is wrong to standard error.
-std::variant<Arguments, Exit> readArguments(int argc, char** argv);
+/// Reads the command line, as tools::readCommandLine.
+std::variant<Arguments, tools::Exit> readArguments(int argc, char** argv);
 
 }  // namespace opane::panel_tool

@@ -12,14 +12,12 @@
 #include "platform/qt/host_services.h"
 #include "platform/utf8_path.h"
 #include "simulator/served_module.h"
+#include "tools/command_line/command_line.h"
 #include "tools/opane-panel/arguments.h"
 #include "tools/opane-panel/module_window.h"
 
 namespace opane::panel_tool {
 namespace {
-
-constexpr int kWrongUsage = 2;
-constexpr int kErrorRaised = 3;
 
 /// The ports that the command line tells of; all others are none.
 void mapPorts(ServicesScope& services, const Arguments& arguments, simulator::ServedModule* module) {
@@ -64,7 +62,7 @@ void placeBeside(QWidget& left, QWidget& right) {
 int showPanel(const Arguments& arguments) {
     std::unique_ptr<simulator::ServedModule> module;
     if (arguments.simulate)
-        module = std::make_unique<simulator::ServedModule>();
+        module = std::make_unique<simulator::ServedModule>(simulator::ModuleOptions{.keepFrames = false});
     qt::HostServices host;
     ServicesScope services;
     mapPorts(services, arguments, module.get());
@@ -76,7 +74,7 @@ int showPanel(const Arguments& arguments) {
     form.load();
     if (const std::string fault = setLog(arguments); !fault.empty()) {
         std::cerr << "opane-panel: " << fault << '\n';
-        return kWrongUsage;
+        return tools::kWrongUsage;
     }
 
     std::unique_ptr<ModuleWindow> moduleWindow;
@@ -96,13 +94,13 @@ int main(int argc, char** argv) {
     using namespace opane;
     using namespace opane::panel_tool;
     const auto arguments = readArguments(argc, argv);
-    if (const auto* exit = std::get_if<Exit>(&arguments))
+    if (const auto* exit = std::get_if<tools::Exit>(&arguments))
         return exit->status;
     if (const std::string missing = qt::missingDisplay(); !missing.empty()) {
         std::cerr << "opane-panel: " << missing << '\n';
-        return kErrorRaised;
+        return tools::kErrorRaised;
     }
-    qt::exitOnFatalMessages("opane-panel", kErrorRaised);
+    qt::exitOnFatalMessages("opane-panel", tools::kErrorRaised);
     int qtArguments = 1;  // the program's name alone: ours are no options of Qt
     const QApplication application(qtArguments, argv);
     try {
@@ -110,6 +108,6 @@ int main(int argc, char** argv) {
         return showPanel(std::get<Arguments>(arguments));
     } catch (const std::exception& error) {
         std::cerr << "opane-panel: " << error.what() << '\n';
-        return kErrorRaised;
+        return tools::kErrorRaised;
     }
 }

@@ -2,8 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <iostream>
-#include <stdexcept>
+#include <limits>
 #include <system_error>
 
 #include "simulator/answers.h"
@@ -60,34 +59,41 @@ std::string namesSomething(const std::string& file) {
 
 }  // namespace
 
-std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
+std::variant<Arguments, tools::Exit> readArguments(int argc, char** argv) {
     Arguments arguments;
+    arguments.module.keepFrames = false;
     std::vector<std::string> faults;
     std::string bus = kRs232;
 
     CLI::App app("A simulated OPane module on a pseudo-terminal.", "opane-sim");
     app.footer(simulator::faultHelp() + '\n' + simulator::readingHelp() + kExamples);
     app.add_option("--node", arguments.module.node, "Node number, 0 to 3 (default 3)")
-        ->check(CLI::Range(0, 3).description(""))
+        ->transform(tools::number(0, simulator::kNodes - 1))
         ->type_name("N");
     app.add_option("--bus", bus, "RS232 (default), or RS485: everything the host sends is echoed")
         ->check(CLI::IsMember({kRs232, kRs485}).description(""))
         ->type_name("RS232|RS485");
-    app.add_option("--baud", arguments.module.baudRate, "Speed it starts at (default 9600)")->type_name("RATE");
+    app.add_option("--baud", arguments.module.baudRate, "Speed it starts at (default 9600)")
+        ->transform(tools::number(1, std::numeric_limits<int>::max()))
+        ->type_name("RATE");
     app.add_option("--quartz", arguments.module.quartz, "Crystal, which says what speeds it offers (default 2)")
-        ->check(CLI::Range(1, 3).description(""))
+        ->transform(tools::number(1, 3))
         ->type_name("1|2|3");
-    app.add_option("--link", arguments.link, "Symbolic link to its device, removed at the end")->type_name("PATH");
+    app.add_option("--link", arguments.link, "Symbolic link to its device, removed at the end")
+        ->check(namesSomething)
+        ->type_name("PATH");
     app.add_flag("--pace", arguments.module.pace, "Let every byte take its time on the line");
     app.add_flag("--screen", arguments.screen, "Draw its screen in the terminal");
-    app.add_option("--snapshot", arguments.snapshot, "Keep a picture of its screen up to date")->type_name("FILE.png");
+    app.add_option("--snapshot", arguments.snapshot, "Keep a picture of its screen up to date")
+        ->check(namesSomething)
+        ->type_name("FILE.png");
     app.add_option("--reading", arguments.readings, "A value that it measures, see below; may be given again")
         ->type_name("NAME=VALUE")
         ->expected(1)
         ->take_all();
     app.add_flag("--drift", arguments.module.drift, "Let the readings wander, each within its band");
     app.add_option("--key", arguments.key, "Press a key of the remote control at the start")
-        ->check(CLI::Range(1, 9).description(""))
+        ->transform(tools::number(1, 9))
         ->type_name("1..9");
     app.add_option("--system-eeprom", arguments.systemEeprom, "Keep its System EEPROM in a file of 1024 bytes")
         ->check(namesSomething)
@@ -100,24 +106,16 @@ std::variant<Arguments, Exit> readArguments(int argc, char** argv) {
         ->expected(1)
         ->take_all();
 
-    constexpr int kWrongUsage = 2;
-    try {
-        app.parse(argc, argv);
+    const auto exit = tools::readCommandLine(app, argc, argv, [&] {
         if (!simulator::offersBaudRate(arguments.module.quartz, arguments.module.baudRate))
             throw CLI::ValidationError("--baud", std::to_string(arguments.module.baudRate) + " is no speed of quartz " +
                                                      std::to_string(arguments.module.quartz));
         arguments.module.bus = bus == kRs485 ? simulator::Bus::rs485 : simulator::Bus::rs232;
         arguments.faults = faultOrders(faults);
         requireDifferentFiles(arguments);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0)
-            return Exit{app.exit(error)};
-        std::cerr << "opane-sim: " << error.what() << "\nopane-sim --help tells more.\n";
-        return Exit{kWrongUsage};
-    } catch (const std::invalid_argument& error) {
-        std::cerr << "opane-sim: " << error.what() << '\n';
-        return Exit{kWrongUsage};
-    }
+    });
+    if (exit)
+        return *exit;
     return arguments;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "shared/screen_geometry.h"
+#include "simulator/descriptor.h"
 #include "simulator/screen_picture.h"
 #include "simulator/simulated_module.h"
 
@@ -31,6 +32,7 @@ public:
 
 private:
     bool inPlace_;
+    simulator::Descriptor output_;  // without a number: standard output itself
     std::optional<View> last_;
 };
 

@@ -5,16 +5,14 @@
 #include <iostream>
 #include <variant>
 
-#include "simulator/pseudo_terminal.h"
+#include "simulator/descriptor.h"
+#include "tools/command_line/command_line.h"
 #include "tools/opane-sim/arguments.h"
 #include "tools/opane-sim/keyboard.h"
 #include "tools/opane-sim/session.h"
 
 namespace opane::sim {
 namespace {
-
-constexpr int kWrongUsage = 2;
-constexpr int kErrorRaised = 3;
 
 /// The signals we take are read from a descriptor; no thread that starts after this is interrupted by them.
 simulator::Descriptor takeSignals() {
@@ -28,12 +26,13 @@ simulator::Descriptor takeSignals() {
 
 int run(const Arguments& arguments) {
     std::signal(SIGPIPE, SIG_IGN);  // a closed standard output is noticed when it is written to
+    std::signal(SIGXFSZ, SIG_IGN);  // and a file that may not grow
     Keyboard keyboard;
     const simulator::Descriptor signals = takeSignals();
-    int blame = kWrongUsage;  // what cannot be set up is what the command line asked for
+    int blame = tools::kWrongUsage;  // what cannot be set up is what the command line asked for
     try {
         Session session(arguments, signals, keyboard);
-        blame = kErrorRaised;
+        blame = tools::kErrorRaised;
         session.serve();
         return 0;
     } catch (const std::exception& error) {
@@ -47,7 +46,7 @@ int run(const Arguments& arguments) {
 
 int main(int argc, char** argv) {
     const auto arguments = opane::sim::readArguments(argc, argv);
-    if (const auto* exit = std::get_if<opane::sim::Exit>(&arguments))
+    if (const auto* exit = std::get_if<opane::tools::Exit>(&arguments))
         return exit->status;
     return opane::sim::run(std::get<opane::sim::Arguments>(arguments));
 }

@@ -193,8 +193,6 @@ void Session::catchUp() {
         complaints_ = {};
         printPath();
     }
-    if (drawsScreen_)
-        drawing_.show(view);
     std::string troubles;
     const auto attempt = [&](auto&& keep) {
         try {
@@ -207,6 +205,8 @@ void Session::catchUp() {
     attempt([&] { snapshot_.show(view); });
     if (!troubles.empty())
         complaints_.say(troubles);
+    if (drawsScreen_)  // last: it may wait for a terminal that has been stopped
+        drawing_.show(view);
 }
 
 // Both, whatever becomes of the first.

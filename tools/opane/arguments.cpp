@@ -6,17 +6,32 @@
 #include <charconv>
 #include <system_error>
 
-#include "platform/file.h"
+#include "log/log_line.h"
 #include "platform/serial_device.h"
 #include "platform/services.h"
-#include "platform/utf8_path.h"
+#include "shared/whole_number.h"
 
 namespace opane::tool {
 namespace {
 
-std::string existingFolder(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::is_directory(utf8Path(path), ignored) ? "" : "\"" + path + "\" is no folder";
+constexpr double kLongestSeconds = 1'000'000;
+
+std::string isSeconds(const std::string& text) {
+    double seconds = -1;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, seconds);
+    const bool isNumber =
+        error == std::errc{} && rest == end && !text.starts_with('-') && seconds >= 0 && seconds <= kLongestSeconds;
+    return isNumber ? "" : "\"" + text + "\" is no number of seconds from 0 to 1000000";
+}
+
+/// As the parser reads it without mistaking a leading zero.
+std::string toDecimal(std::string& text) {
+    const auto value = wholeNumber(text);
+    if (!value)
+        return text.empty() ? "is empty" : "\"" + text + "\" is no whole number";
+    text = std::to_string(*value);
+    return {};
 }
 
 }  // namespace
@@ -29,6 +44,15 @@ std::string isBaudRate(const std::string& value) {
         all += (all.empty() ? "" : ",") + std::to_string(rate);
     }
     return value + " not in {" + all + "}";
+}
+
+void takeNumbers(CLI::App& app) {
+    for (CLI::Option* const option : app.get_options()) {
+        if (option->get_type_name().starts_with("INT"))
+            option->transform(CLI::Validator(toDecimal, ""));
+        if (option->get_items_expected_max() == 0)
+            option->disable_flag_override();  // --json=0 would say the opposite of what it seems to
+    }
 }
 
 void refuseEmptyValues(CLI::App& app) {
@@ -69,37 +93,42 @@ void addCommonOptions(CLI::App& app, Arguments& arguments) {
                    "2 logs commands, 3 frames too; $OPANE_LOG_LEVEL, else 0, without it")
         ->check(CLI::Range(0, 3))
         ->group(kReport);
-    app.add_option("--log-folder", arguments.logFolder, "folder of the log files")
-        ->check(existingFolder)
+    app.add_option("--log-folder", arguments.logFolder, "folder of the log files; made when it is missing")
         ->group(kReport);
     app.add_option("--tester", arguments.tester, "tester's name, the first part of the log file's name")
         ->check([](const std::string& name) {
-            const auto bad = [](char character) {
-                return character == '/' || character == kPathSeparator ||
-                       std::iscntrl(static_cast<unsigned char>(character)) != 0;
-            };
-            return std::none_of(name.begin(), name.end(), bad) ? std::string()
-                                                               : "holds a path separator or a control character";
+            return isTesterName(name) ? std::string() : "holds a path separator or a control character";
         })
         ->group(kReport);
-    app.add_flag("--trace", arguments.trace, "show the log's lines on standard error as they come")->group(kReport);
+    app.add_flag("--trace", arguments.trace, "show what is sent and received, and every step, on standard error")
+        ->group(kReport);
     app.add_flag("--json", arguments.json, "print one JSON object instead of text")->group(kReport);
     app.add_option("--repeat", arguments.repeat, "run the command that many times on one link")
         ->check(CLI::Range(1, 1'000'000'000))
         ->capture_default_str()
         ->group(kReport);
+    app.add_option("--connect-retries", arguments.connectRetries,
+                   "further handshakes when the first one is not answered")
+        ->check(CLI::Range(0, 1000))
+        ->capture_default_str()
+        ->group(kConnection);
+    app.add_option("--wait", arguments.waitSeconds,
+                   "seconds to wait for a module that does not answer or a port in use")
+        ->check(isSeconds)
+        ->group(kConnection);
+    app.add_option("--timeout", arguments.timeoutSeconds, "seconds after which the whole run is interrupted")
+        ->check(isSeconds)
+        ->group(kConnection);
+    app.set_version_flag("--version", "1")->description("print the version of this program");
+    takeNumbers(app);
     refuseEmptyValues(app);
 }
 
 int parseNumber(const std::string& text, const std::string& name, int first, int last, const std::string& expected) {
-    const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-    const char* const begin = text.data() + (hexadecimal ? 2 : 0);
-    const char* const end = text.data() + text.size();
-    int value = first - 1;
-    const auto [rest, error] = std::from_chars(begin, end, value, hexadecimal ? 16 : 10);
-    if (error != std::errc{} || rest != end || value < first || value > last)
+    const auto value = wholeNumber(text);
+    if (!value || *value < first || *value > last)
         throw InputError(name + " is \"" + text + "\"; expected " + expected);
-    return value;
+    return static_cast<int>(*value);
 }
 
 std::uint8_t parseByte(const std::string& text, const std::string& name) {

@@ -14,7 +14,7 @@ namespace opane::tool {
 /// What the program ends with.
 enum ExitStatus : int {
     kSuccess = 0,
-    kModuleFailed = 1,  ///< the module refused or did not answer
+    kModuleFailed = 1,  ///< the module refused or did not answer, or the command was interrupted
     kWrongInput = 2,    ///< wrong usage, or an input that was refused before anything was sent
     kErrorRaised = 3,   ///< an error with a number
 };
@@ -37,10 +37,16 @@ struct Arguments {
     bool trace = false;
     bool json = false;
     int repeat = 1;
+    int connectRetries = 2;
+    double waitSeconds = 0;                ///< for a module or a port
+    std::optional<double> timeoutSeconds;  ///< of the whole run; nothing: none
 };
 
 /// Refuses what is none of the modules' baud rates. For CLI::Option::check.
 std::string isBaudRate(const std::string& value);
+
+/// Lets the numbers among the options be hexadecimal, after 0x, and a leading zero mean nothing; flags take no value.
+void takeNumbers(CLI::App& app);
 
 /// Has the options and words that the program or a command takes refuse an empty value, such as an unset variable of a
 /// script gives: it would be taken for 0 or for the default.

@@ -106,9 +106,9 @@ void check(const std::string& path) {
 Run setUpBitmap(CLI::App& command) {
     const auto path = std::make_shared<std::string>();
     command.add_option("FILE", *path, "bitmap file, 120 x 64 pixels of one bit; the first colour is black")->required();
-    return [path](const Arguments& arguments) {
+    return [path](Session& session) {
         check(*path);
-        return runOnModule(arguments, "bitmap", [&](Connection& connection) {
+        return runOnModule(session, "bitmap", [&](Connection& connection) {
             std::int16_t status = 1;
             connection.object().DisplayBMP(*path, status);
             return status == 0;

@@ -8,16 +8,11 @@
 #include "platform/folders.h"
 #include "platform/shared_library.h"
 #include "platform/utf8_path.h"
-#include "print.h"
+#include "run_on_link.h"
 #include "subcommands.h"
 
 namespace opane::tool {
 namespace {
-
-std::string utf8Name(const std::filesystem::path& path) {
-    const std::u8string name = path.u8string();
-    return {name.begin(), name.end()};
-}
 
 /// The component beside this program, or where it is installed.
 std::string defaultComponent() {
@@ -48,17 +43,19 @@ void callEntry(const std::string& file, const char* entry) {
 Run setUpEntry(CLI::App& command, const char* entry, const char* done) {
     const auto file = std::make_shared<std::string>();
     command.add_option("FILE", *file, "the component; by default the one that comes with this program");
-    return [file, entry, done](const Arguments& arguments) {
+    return [file, entry, done](Session& session) {
         const std::string component = file->empty() ? defaultComponent() : *file;
         std::error_code ignored;
         if (!std::filesystem::is_regular_file(utf8Path(component), ignored))
             throw InputError("there is no file \"" + component + "\"");
-        callEntry(utf8Name(std::filesystem::absolute(utf8Path(component))), entry);
-        if (arguments.json)
-            std::cout << nlohmann::ordered_json{{done, component}} << '\n';
-        else
-            std::cout << done << ' ' << component << '\n';
-        return kSuccess;
+        return repeatRuns(session, [&] {
+            callEntry(utf8Name(std::filesystem::absolute(utf8Path(component))), entry);
+            if (session.report().json())
+                session.report().values()[done] = component;
+            else
+                std::cout << done << ' ' << component << '\n';
+            return kSuccess;
+        });
     };
 }
 

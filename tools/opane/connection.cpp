@@ -1,42 +1,21 @@
 #include "connection.h"
 
-#include <algorithm>
-#include <iostream>
-
-#include "print.h"
+#include "log_options.h"
+#include "shared/runtime_error.h"
 
 namespace opane::tool {
 namespace {
 
-constexpr std::int16_t kEveryLine = 3;  // log level
-
-/// Shows every line on standard error and keeps in the file those that the log level asks for.
-class TraceWriter final : public LineWriter {
-public:
-    explicit TraceWriter(std::int16_t fileLevel) : fileLevel_(fileLevel) {}
-
-    void write(const std::string& fileName, const std::string& line, std::int16_t level) override {
-        std::cerr << line.substr(0, line.find_last_not_of(" \r\n") + 1) << std::endl;
-        if (level <= fileLevel_)
-            file_.write(fileName, line, level);
-    }
-
-private:
-    std::int16_t fileLevel_;
-    FileLineWriter file_;
-};
-
-MessageBoxAnswer printMessageBox(const std::string& text, const std::string& title, MessageBoxButtons /*buttons*/) {
-    std::string lines = text;
-    std::erase(lines, '\r');
-    std::cerr << "opane: " << title << '\n' << lines << '\n';
-    return MessageBoxAnswer::ok;
-}
+/// Between two looks at a port that is not there or not free yet.
+constexpr std::chrono::milliseconds kLookPause{100};
 
 }  // namespace
 
-Connection::Connection(const Arguments& arguments) : arguments_(arguments) {
-    services_->messageBox = printMessageBox;
+Connection::Connection(Session& session, const Arguments& arguments)
+    : session_(session),
+      arguments_(arguments),
+      choice_{arguments_.port, arguments_.baudRate, arguments_.node, arguments_.bus},
+      watcher_(session) {
     if (!arguments_.device.empty()) {
         services_->portMap = [port = arguments_.port, device = arguments_.device](std::int16_t comPort) {
             return comPort == port ? device : std::string();
@@ -47,48 +26,57 @@ Connection::Connection(const Arguments& arguments) : arguments_(arguments) {
             return comPort == port ? systemDevicePath(comPort) : std::string();
         };
     }
+    prepareLog(arguments_);
     object_ = std::make_unique<clsOPaneCommDLL>();
     link_ = threadLink();
-    openLog();
+    link_->observer(&watcher_);
+    setLog(arguments_, *threadGlobals()->gobjLog);
 }
 
-void Connection::openLog() {
-    clsLog& log = *threadGlobals()->gobjLog;
-    if (!arguments_.logFolder.empty())
-        log.LogFolder(arguments_.logFolder);
-    if (!arguments_.tester.empty())
-        log.TesteurName(arguments_.tester);
-    const std::int16_t fileLevel = arguments_.logLevel.value_or(log.LogLevel());
-    log.LogLevel(arguments_.trace ? kEveryLine : fileLevel);
-    if (arguments_.trace)
-        log.writer(std::make_unique<TraceWriter>(fileLevel));
+Connection::~Connection() {
+    link_->observer(nullptr);
 }
 
 bool Connection::synchronize() {
-    if (handshake())
-        return true;
-    const std::string device = arguments_.device.empty() ? devicePath(arguments_.port) : arguments_.device;
-    reportFailure(arguments_, kModuleFailed,
-                  "no module of node " + std::to_string(arguments_.node) + " answered on " + device + " at " +
-                      std::to_string(arguments_.baudRate) + " baud (" + arguments_.bus +
-                      "); check its power, its cable, its node number and its baud rate");
-    return false;
-}
-
-bool Connection::handshake() {
-    if (arguments_.bus == "RS232") {
-        std::int16_t status = 1;
-        object_->Synchronize(arguments_.port, arguments_.baudRate, arguments_.node, status);
-        return status == 0;
+    TickCounter& ticks = *services().tickCounter;
+    const std::uint32_t start = ticks.now();
+    const auto mayWait = [&] {
+        return arguments_.waitSeconds > 0 && !session_.isCancelled() &&
+               !isPast(start, ticks.now(), millisecondsOf(arguments_.waitSeconds));
+    };
+    bool isAnswerAwaited = false;
+    std::exception_ptr obstacle;  // in the port's way
+    std::string reason;           // its text
+    for (int made = 0; made <= arguments_.connectRetries || mayWait(); ++made) {
+        try {
+            if (isAnswerAwaited ? makeConnectionAgain(*link_, choice_) : makeConnection(*link_, choice_))
+                return true;
+            isAnswerAwaited = true;
+            obstacle = nullptr;
+        } catch (const RuntimeError& error) {
+            const bool mayPass = error.number() == ErrorNumber::portNotOpen || error.number() == ErrorNumber::deviceIo;
+            if (!mayPass || (!session_.isCancelled() && !mayWait()))
+                throw;
+            if (made == 0)
+                Report::note("waiting: " + std::string(error.what()));
+            obstacle = std::current_exception();
+            reason = std::string("; ") + error.what();
+            isAnswerAwaited = false;
+            session_.pause(kLookPause);
+        }
+        if (session_.isCancelled())
+            break;
     }
-    // The public method is for RS232 alone; on a bus the same steps are done on the link.
-    link_->Baudrate(arguments_.baudRate);
-    link_->CommPort(arguments_.port);
-    link_->CommunicationType(arguments_.bus);
-    link_->Timeout(clsOPane::kHandshakeTimeoutMs);
-    const bool synchronized = link_->SendSynchronizeCharacter(arguments_.node);
-    link_->Timeout(clsOPane::kUsualTimeoutMs);
-    return synchronized;
+    if (obstacle && !session_.isCancelled())
+        std::rethrow_exception(obstacle);
+    const std::string device = arguments_.device.empty() ? devicePath(arguments_.port) : arguments_.device;
+    const std::string where =
+        " on " + device + " at " + std::to_string(arguments_.baudRate) + " baud (--bus " + arguments_.bus + ")";
+    session_.report().fail(session_.isCancelled() ? session_.whyNot() + " while connecting" + where +
+                                                        "; no command was sent" + (obstacle ? reason : "")
+                                                  : "no module of node " + std::to_string(arguments_.node) +
+                                                        " answered" + where + ": " + watcher_.heardText());
+    return false;
 }
 
 }  // namespace opane::tool

@@ -3,7 +3,7 @@
 
 #include "connection.h"
 #include "generator.h"
-#include "print.h"
+#include "run_on_link.h"
 #include "simulator/screen_picture.h"
 #include "simulator/served_module.h"
 #include "subcommands.h"
@@ -40,9 +40,9 @@ bool showTexts(clsOPaneCommDLL& object, const std::string& generator) {
 }
 
 Run setUpDemo(CLI::App& command) {
-    const auto output = std::make_shared<std::string>("screen.png");
-    command.add_option("--output", *output, "picture of the module's screen (PNG)")->capture_default_str();
-    return [output](const Arguments& asked) {
+    const auto output = std::make_shared<std::string>();
+    command.add_option("--output", *output, "picture of the module's screen (PNG); one that is there is replaced");
+    return [output](Session& session) {
         const std::string generator = defaultGenerator();
         readGenerator(generator);  // says what is wrong with it
         simulator::ServedModule module;
@@ -50,31 +50,35 @@ Run setUpDemo(CLI::App& command) {
             served.state().red[0] = 60;
             served.state().green[0] = 200;
         });
-        Arguments arguments = asked;
+        Arguments arguments = session.arguments();
         arguments.port = 1;
         arguments.device = module.devicePath();
         arguments.baudRate = 9600;
         arguments.node = 3;
         arguments.bus = "RS232";
 
-        Connection connection(arguments);
+        Connection connection(session, arguments);
         if (!connection.synchronize())
             return kModuleFailed;
-        if (!showTexts(connection.object(), generator))
-            return reportCommand(asked, "demo", false);
+        return repeatRuns(session, [&] {
+            if (!showTexts(connection.object(), generator)) {
+                session.report().fail("demo: " + session.whyNot());
+                return kModuleFailed;
+            }
 
-        const auto state = module.withModule([](simulator::SimulatedModule& served) { return served.state(); });
-        const ScreenImage screen = simulator::shownScreen(state);
-        try {
-            simulator::writePng(*output, screen, simulator::backlightLevels(state));
-        } catch (const std::runtime_error& error) {
-            throw InputError(error.what());
-        }
-        if (asked.json)
-            return reportCommand(asked, "demo", true);
-        std::cout << simulator::halfBlocks(screen) << "A simulated module on " << arguments.device
-                  << " shows this; the picture is in " << *output << '\n';
-        return kSuccess;
+            const auto state = module.withModule([](simulator::SimulatedModule& served) { return served.state(); });
+            const ScreenImage screen = simulator::shownScreen(state);
+            try {
+                if (!output->empty())
+                    simulator::writePng(*output, screen, simulator::backlightLevels(state));
+            } catch (const std::runtime_error& error) {
+                throw InputError(error.what());
+            }
+            if (!session.report().json())
+                std::cout << simulator::halfBlocks(screen) << "A simulated module on " << arguments.device
+                          << " shows this" << (output->empty() ? "" : "; the picture is in " + *output) << '\n';
+            return kSuccess;
+        });
     };
 }
 

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "print.h"
+#include "report.h"
 #include "run_on_link.h"
 #include "subcommands.h"
 
@@ -38,18 +38,18 @@ void addColumnOption(CLI::App& command, PixelOptions& options, int lastColumn) {
 
 Run setUpLine(CLI::App& command) {
     const auto options = addPixelOptions(command, "120 row bytes: 8 pixel rows of 15, top row first", 7);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const ByteArray rows = parseRowBytes(options->rowBytes, 120);
-        return runOnLink(arguments, "line", [&](clsOPane& link) { return link.OPaneCmd_AffData(options->line, rows); });
+        return runOnLink(session, "line", [&](clsOPane& link) { return link.OPaneCmd_AffData(options->line, rows); });
     };
 }
 
 Run setUpBlock(CLI::App& command) {
     const auto options = addPixelOptions(command, "8 row bytes, top row first", 7);
     addColumnOption(command, *options, 14);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const ByteArray rows = parseRowBytes(options->rowBytes, 8);
-        return runOnLink(arguments, "block",
+        return runOnLink(session, "block",
                          [&](clsOPane& link) { return link.OPaneCmd_AffBloc1(options->line, options->column, rows); });
     };
 }
@@ -57,9 +57,9 @@ Run setUpBlock(CLI::App& command) {
 Run setUpSquare(CLI::App& command) {
     const auto options = addPixelOptions(command, "32 row bytes of four blocks, in the module's order", 6);
     addColumnOption(command, *options, 13);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const ByteArray rows = parseRowBytes(options->rowBytes, 32);
-        return runOnLink(arguments, "square",
+        return runOnLink(session, "square",
                          [&](clsOPane& link) { return link.OPaneCmd_AffBloc4(options->line, options->column, rows); });
     };
 }
@@ -67,31 +67,36 @@ Run setUpSquare(CLI::App& command) {
 Run setUpFrame(CLI::App& command) {
     const auto pattern = std::make_shared<std::string>();
     command.add_option("PATTERN", *pattern, "on, off, or the byte to draw the frame with")->required();
-    return [pattern](const Arguments& arguments) {
+    return [pattern](Session& session) {
         const std::uint8_t value = *pattern == "on"    ? std::uint8_t{255}
                                    : *pattern == "off" ? std::uint8_t{0}
                                                        : parseByte(*pattern, "the pattern");
-        return runOnLink(arguments, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
+        return runOnLink(session, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
     };
 }
 
 Run setUpClear(CLI::App& command) {
     const auto pattern = std::make_shared<std::string>("0");
     command.add_option("PATTERN", *pattern, "the byte that every 8 pixels become")->capture_default_str();
-    return [pattern](const Arguments& arguments) {
+    return [pattern](Session& session) {
         const std::int16_t value = parseByte(*pattern, "the pattern");
-        return runOnLink(arguments, "clear", [value](clsOPane& link) { return link.OPaneCmd_Clear(value); });
+        return runOnLink(session, "clear", [value](clsOPane& link) { return link.OPaneCmd_Clear(value); });
     };
 }
 
 Run setUpVersion(CLI::App& /*command*/) {
-    return [](const Arguments& arguments) {
+    return [](Session& session) {
         ServicesScope noPorts;
         noPorts->portMap = [](std::int16_t) { return std::string(); };
         std::string version;
         clsOPaneCommDLL().Version(version);
-        printValue(arguments, "version", version);
-        return kSuccess;
+        return repeatRuns(session, [&] {
+            if (session.report().json())
+                session.report().values()["version"] = version;
+            else
+                std::cout << version << '\n';
+            return kSuccess;
+        });
     };
 }
 

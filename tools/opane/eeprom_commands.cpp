@@ -6,9 +6,8 @@
 
 #include "eeprom_transfer.h"
 #include "platform/file.h"
-#include "platform/utf8_path.h"
 #include "platform/whole_file.h"
-#include "print.h"
+#include "report.h"
 #include "run_on_link.h"
 #include "shared/runtime_error.h"
 #include "subcommands.h"
@@ -16,7 +15,6 @@
 namespace opane::tool {
 namespace {
 
-namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 struct EepromOptions {
@@ -72,10 +70,10 @@ AddressRange parseRange(const EepromOptions& options) {
 }
 
 /// Runs a command on the EEPROM that its options name.
-ExitStatus onEeprom(const Arguments& arguments, const EepromOptions& options,
+ExitStatus onEeprom(Session& session, const EepromOptions& options,
                     const std::function<ExitStatus(EepromTransfer&)>& run) {
-    return repeatOnModule(arguments, [&](Connection& connection) {
-        EepromTransfer transfer(connection.link(), options.eeprom(), !arguments.trace);
+    return repeatOnModule(session, [&](Connection& connection) {
+        EepromTransfer transfer(connection, options.eeprom());
         return run(transfer);
     });
 }
@@ -84,12 +82,12 @@ std::string hexDigits(std::uint8_t byte) {
     return hexText(byte, 2).substr(2);
 }
 
-/// Bytes as a JSON object; null where a byte is missing.
-void printBytesJson(const Eeprom& eeprom, std::size_t address, const RangeRead& read) {
+/// Null where a byte is missing.
+void reportBytes(EepromTransfer& transfer, std::size_t address, const RangeRead& read) {
     Json bytes = Json::array();
     for (std::size_t i = 0; i < read.bytes.size(); ++i)
         bytes.push_back(read.isMissing(address + i) ? Json() : Json(read.bytes[i]));
-    std::cout << Json{{"eeprom", eeprom.name}, {"address", address}, {"bytes", bytes}} << '\n';
+    transfer.report().values() = {{"eeprom", transfer.eeprom().name}, {"address", address}, {"bytes", bytes}};
 }
 
 /// Rows of 16: address, bytes, and their ASCII characters; "--" where a byte is missing.
@@ -128,25 +126,10 @@ ByteArray readImage(const EepromOptions& options) {
 
 /// What would be found only after the reading.
 void checkTarget(const std::string& file) {
-    std::error_code ignored;
-    const fs::path path = utf8Path(file);
-    if (fs::is_directory(path, ignored))
-        throw InputError("\"" + file + "\" is a folder; expected a file");
-    if (path.has_parent_path() && !fs::is_directory(path.parent_path(), ignored))
-        throw InputError("file \"" + file + "\": its folder does not exist");
-}
-
-/// All that the EEPROM holds. When it cannot be read, standard error says that nothing was written.
-RangeRead readBeforeRestore(EepromTransfer& transfer) {
-    constexpr auto kNothingWritten = "opane: nothing was written\n";
     try {
-        RangeRead held = transfer.readAll();
-        if (!held.missing.empty())
-            std::cerr << kNothingWritten;
-        return held;
-    } catch (const RuntimeError&) {
-        std::cerr << kNothingWritten;
-        throw;
+        checkWholeFile(file);
+    } catch (const RuntimeError& error) {
+        throw InputError(error.what());
     }
 }
 
@@ -162,61 +145,65 @@ std::vector<AddressRange> blocksToWrite(const Eeprom& eeprom, const ByteArray& h
     return blocks;
 }
 
-/// What differs between EEPROM and file and, after a restore, how much of it was written.
-void printDifferences(const Arguments& arguments, const Eeprom& eeprom, const std::vector<AddressRange>& differing,
-                      std::optional<std::size_t> written) {
-    if (arguments.json) {
-        Json list = Json::array();
-        for (const auto& [address, length] : differing)
-            list.push_back(Json{{"address", address}, {"length", length}});
-        Json result{{"eeprom", eeprom.name}, {"differing", list}};
-        if (written)
-            result["written"] = *written;
-        std::cout << result << '\n';
+/// What differs between EEPROM and file.
+void showDifferences(EepromTransfer& transfer, const std::vector<AddressRange>& differing) {
+    transfer.report().values()["differing"] = rangesJson(differing);
+    if (transfer.report().json())
         return;
-    }
     if (differing.empty())
         std::cout << "no difference\n";
     else
         std::cout << "difference at " << rangesText(differing) << " (" << totalLength(differing) << " of "
-                  << eeprom.size << " bytes)\n";
-    if (written)
-        std::cout << *written << " bytes written\n";
+                  << transfer.eeprom().size << " bytes)\n";
+}
+
+/// What a restore has written, or would write.
+void showWritten(EepromTransfer& transfer, std::size_t written, const std::vector<AddressRange>& wouldWrite) {
+    transfer.report().values()["written"] = written;
+    transfer.report().done(std::to_string(written) + " bytes were written and read back");
+    if (!wouldWrite.empty())
+        transfer.report().values()["wouldWrite"] = rangesJson(wouldWrite);
+    if (transfer.report().json())
+        return;
+    if (!wouldWrite.empty())
+        std::cout << "would write " << rangesText(wouldWrite) << " (" << totalLength(wouldWrite)
+                  << " bytes, in whole blocks of 128)\n";
+    std::cout << written << " bytes written and read back\n";
 }
 
 }  // namespace
 
 Run setUpEepromDump(CLI::App& command) {
     const Options options = addEepromAndRange(command);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const AddressRange range = parseRange(*options);
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
             const RangeRead read = transfer.read(range);
-            if (arguments.json)
-                printBytesJson(transfer.eeprom(), range.address, read);
+            if (transfer.report().json())
+                reportBytes(transfer, range.address, read);
             else
                 printDump(range.address, read);
-            return read.missing.empty() ? kSuccess : kModuleFailed;
+            read.rethrow();
+            return read.isWhole() ? kSuccess : kModuleFailed;
         });
     };
 }
 
 Run setUpEepromRead(CLI::App& command) {
     const Options options = addEepromAndRange(command);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const AddressRange range = parseRange(*options);
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
             const RangeRead read = transfer.read(range);
-            if (!read.missing.empty())
-                return kModuleFailed;
-            if (arguments.json) {
-                printBytesJson(transfer.eeprom(), range.address, read);
-            } else {
+            if (transfer.report().json()) {
+                reportBytes(transfer, range.address, read);
+            } else if (read.isWhole()) {
                 for (const std::uint8_t byte : read.bytes)
                     std::cout << hexDigits(byte);
                 std::cout << '\n';
             }
-            return kSuccess;
+            read.rethrow();
+            return read.isWhole() ? kSuccess : kModuleFailed;
         });
     };
 }
@@ -225,31 +212,32 @@ Run setUpEepromWrite(CLI::App& command) {
     const Options options = addEeprom(command);
     command.add_option("--address", options->address, "first address, decimal or 0x..")->required();
     command.add_option("BYTES", options->bytes, "two hexadecimal digits each")->required();
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const std::size_t address = parseAddress(*options);
         const ByteArray bytes = parseHexBytes(options->bytes, "the bytes");
         const Eeprom& eeprom = options->eeprom();
         if (bytes.size() > eeprom.size - address)
             throw InputError(std::to_string(bytes.size()) + " bytes from address " + hexText(address, 3) +
                              " on do not fit: the " + eeprom.name + " EEPROM ends at " + hexText(eeprom.size - 1, 3));
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
             const std::size_t written = transfer.write(blocksOf({address, bytes.size()}), bytes, address);
-            return reportCommand(arguments, "eeprom write", written == bytes.size());
+            return written == bytes.size() ? kSuccess : kModuleFailed;
         });
     };
 }
 
 Run setUpEepromSave(CLI::App& command) {
     const Options options = addEepromAndFile(command, "file to write; replaced only when all bytes were read");
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         checkTarget(options->file);
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
             const RangeRead read = transfer.readAll();
-            if (read.missing.empty())
+            if (read.isWhole())
                 writeWholeFile(options->file, read.bytes);
             else
-                std::cerr << "opane: \"" << options->file << "\" was not written\n";
-            return reportCommand(arguments, "eeprom save", read.missing.empty());
+                transfer.report().fail("\"" + options->file + "\" was not written");
+            read.rethrow();
+            return read.isWhole() ? kSuccess : kModuleFailed;
         });
     };
 }
@@ -257,17 +245,25 @@ Run setUpEepromSave(CLI::App& command) {
 Run setUpEepromRestore(CLI::App& command) {
     const Options options = addEepromAndFile(command, "file of exactly the EEPROM's size");
     command.add_flag("--dry-run", options->dryRun, "say what differs and write nothing");
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const ByteArray image = readImage(*options);
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
-            const RangeRead held = readBeforeRestore(transfer);
-            if (!held.missing.empty())
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
+            const RangeRead held = transfer.readAll();
+            transfer.report().values()["eeprom"] = transfer.eeprom().name;
+            transfer.report().values()["differing"] = nullptr;
+            if (!held.isWhole()) {
+                transfer.report().fail("nothing was written");
+                held.rethrow();
                 return kModuleFailed;
-            std::vector<AddressRange> blocks;
-            if (!options->dryRun)
-                blocks = blocksToWrite(transfer.eeprom(), held.bytes, image);
+            }
+            showDifferences(transfer, differences(held.bytes, image));
+            const std::vector<AddressRange> blocks = blocksToWrite(transfer.eeprom(), held.bytes, image);
+            if (options->dryRun) {
+                showWritten(transfer, 0, blocks);
+                return kSuccess;
+            }
             const std::size_t written = transfer.write(blocks, image, 0);
-            printDifferences(arguments, transfer.eeprom(), differences(held.bytes, image), written);
+            showWritten(transfer, written, {});
             return written == totalLength(blocks) ? kSuccess : kModuleFailed;
         });
     };
@@ -275,14 +271,20 @@ Run setUpEepromRestore(CLI::App& command) {
 
 Run setUpEepromVerify(CLI::App& command) {
     const Options options = addEepromAndFile(command, "file of exactly the EEPROM's size");
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const ByteArray image = readImage(*options);
-        return onEeprom(arguments, *options, [&](EepromTransfer& transfer) {
+        return onEeprom(session, *options, [&](EepromTransfer& transfer) {
             const RangeRead held = transfer.readAll();
-            if (!held.missing.empty())
+            transfer.report().values()["eeprom"] = transfer.eeprom().name;
+            transfer.report().values()["differing"] = nullptr;
+            held.rethrow();
+            if (!held.isWhole())
                 return kModuleFailed;
             const auto differing = differences(held.bytes, image);
-            printDifferences(arguments, transfer.eeprom(), differing, std::nullopt);
+            showDifferences(transfer, differing);
+            if (!differing.empty())
+                transfer.report().fail(std::string("the ") + transfer.eeprom().name + " EEPROM differs from \"" +
+                                       options->file + "\"");
             return differing.empty() ? kSuccess : kModuleFailed;
         });
     };

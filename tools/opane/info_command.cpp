@@ -13,15 +13,15 @@ void readVersions(Survey& survey, clsOPaneCommDLL& object) {
     survey.add("library", "library", Shown{library, library});
     const auto module = survey.ask<std::string>(
         "version of the module", [](clsOPane& link, std::string& text) { return link.OPaneCmd_Version(text); });
-    survey.add("module", "module", module ? std::optional(Shown{*module, *module}) : std::nullopt);
+    survey.add("module", "module", module ? std::optional(Shown{*module, printableText(*module)}) : std::nullopt);
 }
 
 }  // namespace
 
 Run setUpInfo(CLI::App& /*command*/) {
-    return [](const Arguments& arguments) {
-        return repeatOnModule(arguments, [&](Connection& connection) {
-            Survey survey(connection.link());
+    return [](Session& session) {
+        return repeatOnModule(session, [&](Connection& connection) {
+            Survey survey(connection);
             survey.section("/version", "Version");
             readVersions(survey, connection.object());
             survey.section("/status", "Status flags");
@@ -37,7 +37,7 @@ Run setUpInfo(CLI::App& /*command*/) {
             survey.section("/controller", "LCD controller");
             readController(survey, ControllerRegister::command);
             readController(survey, ControllerRegister::data);
-            return survey.show(arguments);
+            return survey.show();
         });
     };
 }

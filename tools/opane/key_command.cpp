@@ -2,10 +2,9 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
-#include <thread>
 
 #include "automation/infrared_key.h"
-#include "print.h"
+#include "report.h"
 #include "run_on_link.h"
 #include "subcommands.h"
 #include "survey.h"
@@ -25,29 +24,32 @@ struct KeyOptions {
     int count = 0;  ///< 0: until interrupted
 };
 
-void printPress(const Arguments& arguments, std::int32_t code, const InfraredKey& key) {
+/// At once: whoever reads a pipe sees a key when it comes.
+void printPress(Report& report, std::int32_t code, const InfraredKey& key) {
     const std::string codeText = hexText(static_cast<std::size_t>(code), 1);
-    if (arguments.json)
-        std::cout << nlohmann::ordered_json{{"key", key.number}, {"toggle", key.toggle}, {"code", codeText}};
+    if (report.json())
+        report.values() = {{"key", key.number}, {"toggle", key.toggle}, {"code", codeText}};
     else
-        std::cout << "key " << key.number << "  toggle " << key.toggle << "  code " << codeText;
-    std::cout << std::endl;  // flushed: whoever reads a pipe sees a key when it comes
+        std::cout << "key " << key.number << "  toggle " << key.toggle << "  code " << codeText << '\n';
+    report.end(kSuccess);
 }
 
 /// A press is a change of the code to one of a key. What the module holds at first is none.
-ExitStatus watch(const Arguments& arguments, clsOPane& link, int count) {
+ExitStatus watch(Connection& connection, int count) {
     std::optional<std::int32_t> last;
     for (int seen = 0; count == 0 || seen < count;) {
         std::int32_t code = 0;
-        if (!readCode(link, code))
-            return reportCommand(arguments, "key", false);
+        if (!readCode(connection.link(), code) || connection.session().isCancelled()) {
+            connection.report().fail("key: " + connection.session().whyNot());
+            return kModuleFailed;
+        }
         const auto key = decodeInfraredKey(code);
         if (last && code != *last && key && key->number != 0) {
-            printPress(arguments, code, *key);
+            printPress(connection.report(), code, *key);
             ++seen;
         }
         last = code;
-        std::this_thread::sleep_for(kPollPause);
+        connection.session().pause(kPollPause);
     }
     return kSuccess;
 }
@@ -80,11 +82,10 @@ Run setUpKey(CLI::App& command) {
     command.add_option("--count", options->count, "end after that many keys")
         ->check(CLI::Range(1, 1'000'000'000))
         ->needs(watchFlag);
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         if (!options->watch)
-            return runSurvey(arguments, readLastKey);
-        return repeatOnModule(
-            arguments, [&](Connection& connection) { return watch(arguments, connection.link(), options->count); });
+            return runSurvey(session, readLastKey);
+        return repeatOnModule(session, [&](Connection& connection) { return watch(connection, options->count); });
     };
 }
 

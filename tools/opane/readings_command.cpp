@@ -55,7 +55,7 @@ void readReadings(Survey& survey) {
 }
 
 Run setUpReadings(CLI::App& /*command*/) {
-    return [](const Arguments& arguments) { return runSurvey(arguments, readReadings); };
+    return [](Session& session) { return runSurvey(session, readReadings); };
 }
 
 }  // namespace opane::tool

@@ -25,6 +25,8 @@ constexpr std::array<RegisterRow, 6> kBacklightRegisters{{
 }};
 
 constexpr std::array<RegisterRow, 2> kControllerRegisters{{{"command", "command"}, {"data", "data"}}};
+/// Where it is read alone, "command" is the name of the program's own command.
+constexpr RegisterRow kCommandAlone{"controller/command", "command"};
 
 using ReadRegister = bool (clsOPane::*)(std::int16_t, std::int16_t&);
 using WriteRegister = bool (clsOPane::*)(std::int16_t, std::int16_t);
@@ -105,11 +107,11 @@ Run setUpBacklightRead(CLI::App& command) {
     command.add_option("REGISTER", options->number,
                        "0 physical register, 1 set point, 2 final future value, 3 ADC, 4 zone, 5 increment; all six "
                        "without it");
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         if (options->number.empty())
-            return runSurvey(arguments, [&](Survey& survey) { readBacklight(survey, options->colour()); });
+            return runSurvey(session, [&](Survey& survey) { readBacklight(survey, options->colour()); });
         const std::int16_t number = parseRegister(options->number);
-        return runSurvey(arguments, [&](Survey& survey) { readBacklightRegister(survey, options->colour(), number); });
+        return runSurvey(session, [&](Survey& survey) { readBacklightRegister(survey, options->colour(), number); });
     };
 }
 
@@ -118,28 +120,33 @@ Run setUpBacklightWrite(CLI::App& command) {
     command.add_option("REGISTER", options->number, "0 physical register, 1 set point, to 5 as in backlight read")
         ->required();
     command.add_option("VALUE", options->value, kValueHelp)->required();
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const std::int16_t number = parseRegister(options->number);
         const std::int16_t value = parseByte(options->value, "the value");
         const WriteRegister write = rowOf(options->colour()).write;
-        return runOnLink(arguments, "backlight write", [=](clsOPane& link) { return (link.*write)(number, value); });
+        return runOnLink(session, "backlight write", [=](clsOPane& link) { return (link.*write)(number, value); });
     };
 }
 
 Run setUpControllerRead(CLI::App& command) {
     const auto options = addControllerRegister(command);
-    return [options](const Arguments& arguments) {
-        return runSurvey(arguments, [&](Survey& survey) { readController(survey, options->controllerRegister()); });
+    return [options](Session& session) {
+        return runSurvey(session, [&](Survey& survey) {
+            if (options->controllerRegister() == ControllerRegister::command)
+                readRegister(survey, kCommandAlone, &clsOPane::OPaneCmd_ReadSED1530, 0);
+            else
+                readController(survey, options->controllerRegister());
+        });
     };
 }
 
 Run setUpControllerWrite(CLI::App& command) {
     const auto options = addControllerRegister(command);
     command.add_option("VALUE", options->value, kValueHelp)->required();
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const auto number = static_cast<std::int16_t>(options->controllerRegister());
         const std::int16_t value = parseByte(options->value, "the value");
-        return runOnLink(arguments, "controller write",
+        return runOnLink(session, "controller write",
                          [=](clsOPane& link) { return link.OPaneCmd_WriteSED1530(number, value); });
     };
 }

@@ -18,6 +18,31 @@ struct BaudrateOptions {
 
 constexpr std::int16_t kResetModule = 0;
 constexpr std::int16_t kResetLightControl = 1;
+constexpr std::int32_t kRateAfterReset = 9600;
+
+/// Whether a command that changes the module's rate may have been carried out although it did not succeed: it was sent,
+/// and the module has not been heard at its old rate since.
+bool mayHaveActed(Connection& connection, std::int32_t newRate) {
+    const clsOPane& link = connection.link();
+    const bool isHeardAtOldRate = link.IsSynchronized() && link.Baudrate() != newRate;
+    return connection.watcher().hasSent() && (!isHeardAtOldRate || connection.session().isCancelled());
+}
+
+/// What is to be said of the module's rate when a command that changes it did not succeed.
+std::string ratesText(Connection& connection, std::int32_t newRate, const std::string& change,
+                      const std::string& perhaps) {
+    const std::string rate = std::to_string(newRate);
+    if (!mayHaveActed(connection, newRate))
+        return "";
+    if (!connection.watcher().isConfirmed())
+        return perhaps + rate + " baud";
+    const std::string confirmed = "the module has confirmed " + change;
+    if (connection.session().isCancelled())
+        return confirmed + " and was not asked at " + rate + " baud any more";
+    const std::string before = std::to_string(connection.session().arguments().baudRate);
+    return confirmed + " and did not answer at " + rate + " baud; try --baud " + rate +
+           (before == rate ? "" : ", else --baud " + before);
+}
 
 }  // namespace
 
@@ -30,13 +55,17 @@ Run setUpBaudrate(CLI::App& command) {
         .add_option("--quartz", options->quartz, "crystal of the module: 1 offers up to 19200 baud, 2 38400, 3 57600")
         ->check(CLI::Range(1, 3))
         ->capture_default_str();
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         const std::int32_t fastest = kFastestRates.at(static_cast<std::size_t>(options->quartz - 1));
         if (options->rate > fastest)
             throw InputError("a module with quartz " + std::to_string(options->quartz) + " does not offer " +
                              std::to_string(options->rate) + " baud; its fastest rate is " + std::to_string(fastest));
-        return runOnLink(arguments, "baudrate",
-                         [&](clsOPane& link) { return link.OPaneCmd_RS232Baudrate(options->rate, options->quartz); });
+        return runOnLink(
+            session, "baudrate",
+            [&](clsOPane& link) { return link.OPaneCmd_RS232Baudrate(options->rate, options->quartz); },
+            [&](Connection& connection) {
+                return ratesText(connection, options->rate, "the change", "the module may now run at ");
+            });
     };
 }
 
@@ -45,9 +74,15 @@ Run setUpReset(CLI::App& command) {
     command.add_option("PART", *part, "module, which starts again at 9600 baud, or light: the light control alone")
         ->check(CLI::IsMember({"module", "light"}))
         ->capture_default_str();
-    return [part](const Arguments& arguments) {
+    return [part](Session& session) {
         const std::int16_t type = *part == "module" ? kResetModule : kResetLightControl;
-        return runOnLink(arguments, "reset", [type](clsOPane& link) { return link.OPaneCmd_Reset(type); });
+        return runOnLink(
+            session, "reset", [type](clsOPane& link) { return link.OPaneCmd_Reset(type); },
+            [type](Connection& connection) {
+                return type != kResetModule ? ""
+                                            : ratesText(connection, kRateAfterReset, "the reset",
+                                                        "the module may have been reset; it runs then at ");
+            });
     };
 }
 

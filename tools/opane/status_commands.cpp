@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <iostream>
 #include <memory>
 
 #include "run_on_link.h"
@@ -43,10 +42,11 @@ bool readFlags(clsOPane& link, StatusFlags& flags) {
 using AskedFlags = std::array<std::string, kFlags>;
 
 /// The frame has a command of its own; the other flags are written together.
-bool writeFlags(clsOPane& link, const AskedFlags& asked) {
+bool writeFlags(Connection& connection, const AskedFlags& asked) {
+    clsOPane& link = connection.link();
     StatusFlags flags{};
     if (!readFlags(link, flags)) {
-        std::cerr << "opane: the status flags could not be read; nothing was written\n";
+        connection.report().fail("the status flags could not be read; nothing was written");
         return false;
     }
     bool others = false;
@@ -60,7 +60,7 @@ bool writeFlags(clsOPane& link, const AskedFlags& asked) {
         (asked[kFrameFlag].empty() || link.OPaneCmd_Cadre(flags[kFrameFlag] ? kFrameDrawn : kNoFrame)) &&
         (!others || link.OPaneCmd_WriteStatus(flags[0], flags[1], flags[3], flags[4], flags[5]));
     if (!written)
-        std::cerr << "opane: not all flags were written; opane status tells which\n";
+        connection.report().fail("not all flags were written; opane status tells which");
     return written;
 }
 
@@ -73,17 +73,18 @@ void readStatusFlags(Survey& survey) {
 }
 
 Run setUpStatus(CLI::App& /*command*/) {
-    return [](const Arguments& arguments) { return runSurvey(arguments, readStatusFlags); };
+    return [](Session& session) { return runSurvey(session, readStatusFlags); };
 }
 
 Run setUpSetStatus(CLI::App& command) {
     const auto asked = std::make_shared<AskedFlags>();
     for (std::size_t i = 0; i < kFlags; ++i)
         command.add_option(kFlagRows[i].option, (*asked)[i], kFlagRows[i].help)->check(CLI::IsMember({"on", "off"}));
-    return [asked](const Arguments& arguments) {
+    return [asked](Session& session) {
         if (std::all_of(asked->begin(), asked->end(), [](const std::string& flag) { return flag.empty(); }))
             throw InputError("no flag is named; opane set-status --help lists them");
-        return runOnLink(arguments, "set-status", [&](clsOPane& link) { return writeFlags(link, *asked); });
+        return runOnModule(session, "set-status",
+                           [&](Connection& connection) { return writeFlags(connection, *asked); });
     };
 }
 

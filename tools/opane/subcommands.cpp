@@ -1,5 +1,6 @@
 #include "subcommands.h"
 
+#include <algorithm>
 #include <string>
 
 namespace opane::tool {
@@ -68,6 +69,23 @@ CLI::App* addCommand(CLI::App& parent, const char* name, const char* summary, co
 
 }  // namespace
 
+std::string commandName(const CLI::App& app) {
+    std::string name;
+    for (const CLI::App* const command : app.get_subcommands()) {
+        const std::string ofGroup = commandName(*command);
+        name = command->get_name() + (ofGroup.empty() ? "" : " ") + ofGroup;
+    }
+    return name;
+}
+
+bool takesValue(const CLI::App& app, const std::string& option) {
+    const CLI::Option* const own = app.get_option_no_throw(option);
+    const auto commands = app.get_subcommands(nullptr);
+    return (own != nullptr && own->get_items_expected_max() > 0) ||
+           std::any_of(commands.begin(), commands.end(),
+                       [&option](const CLI::App* command) { return takesValue(*command, option); });
+}
+
 void addSubcommands(CLI::App& app, Run& chosen) {
     for (const Group& row : kGroups) {
         CLI::App* const group = addCommand(app, row.name, row.summary, row.example);
@@ -83,6 +101,7 @@ void addSubcommands(CLI::App& app, Run& chosen) {
             CLI::App& parent = *row.group == '\0' ? app : *app.get_subcommand(row.group);
             CLI::App* const command = addCommand(parent, row.name, row.summary, row.example);
             const Run run = row.setUp(*command);
+            takeNumbers(*command);
             refuseEmptyValues(*command);
             command->callback([run, &chosen] { chosen = run; });
         }

@@ -5,11 +5,12 @@
 #include <span>
 
 #include "arguments.h"
+#include "session.h"
 
 namespace opane::tool {
 
 /// Runs a command after its arguments have been read.
-using Run = std::function<ExitStatus(const Arguments&)>;
+using Run = std::function<ExitStatus(Session&)>;
 
 /// Adds the options of a command and gives what runs it.
 using SetUp = Run (*)(CLI::App& command);
@@ -23,7 +24,7 @@ struct Subcommand {
     SetUp setUp;
 };
 
-// One function a command; the table of subcommands.cpp names them.
+// One function for each command; the table of subcommands.cpp names them.
 Run setUpText(CLI::App& command);
 Run setUpBitmap(CLI::App& command);
 Run setUpLine(CLI::App& command);
@@ -55,8 +56,13 @@ Run setUpUnregister(CLI::App& command);
 /// The commands that bring a simulated module along: none on a system without pseudo-terminals.
 std::span<const Subcommand> demoCommands();
 
+/// The command that the words name, with that of its group; empty: none.
+std::string commandName(const CLI::App& app);
+
+/// Whether the program or one of its commands has that option, "--device", and a value belongs to it.
+bool takesValue(const CLI::App& app, const std::string& option);
+
 /// Adds every command to the program.
-/// @param chosen  set to what runs the command that the user has named
 void addSubcommands(CLI::App& app, Run& chosen);
 
 }  // namespace opane::tool

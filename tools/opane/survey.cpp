@@ -25,17 +25,21 @@ void Survey::section(const std::string& pointer, const std::string& title) {
 bool Survey::attempt(const std::string& what, const std::function<bool(clsOPane&)>& operation) {
     if (!stopped_) {
         try {
-            if (operation(link_))
+            if (operation(connection_.link()))
                 return true;
-            std::cerr << "opane: " << what << ": the module refused or did not answer\n";
-            stopped_ = !link_.IsSynchronized();  // each further attempt would take its 18 seconds
-            if (stopped_)
-                std::cerr << "opane: the module has stopped answering; the rest was not asked for\n";
+            Report& report = connection_.report();
+            report.fail(what + ": " + connection_.session().whyNot());
+            stopped_ = !connection_.link().IsSynchronized();  // each further attempt would take its 18 seconds
+            if (connection_.session().isCancelled())
+                report.fail("the rest was not asked for");
+            else if (stopped_)
+                report.fail("the module has stopped answering; the rest was not asked for");
+            stopped_ = stopped_ || connection_.session().isCancelled();
         } catch (const RuntimeError& error) {
             const bool aboutTheAnswer =
                 error.number() == ErrorNumber::subscript || error.number() == ErrorNumber::overflow;
             if (aboutTheAnswer) {
-                std::cerr << "opane: " << what << ": " << error.what() << '\n';
+                connection_.report().fail(what + ": " + error.what());
             } else {
                 stopped_ = true;
                 raised_ = std::current_exception();
@@ -47,15 +51,13 @@ bool Survey::attempt(const std::string& what, const std::function<bool(clsOPane&
 }
 
 void Survey::add(const std::string& key, const std::string& label, const std::optional<Shown>& value) {
-    json_[nlohmann::ordered_json::json_pointer(pointer_ + "/" + key)] =
+    connection_.report().values()[nlohmann::ordered_json::json_pointer(pointer_ + "/" + key)] =
         value ? value->json : nlohmann::ordered_json(nullptr);
     rows_.push_back({label, value ? value->text : "--", false});
 }
 
-ExitStatus Survey::show(const Arguments& arguments) const {
-    if (arguments.json) {
-        std::cout << json_ << '\n';
-    } else {
+ExitStatus Survey::show() const {
+    if (!connection_.report().json()) {
         const bool hasTitles = std::any_of(rows_.begin(), rows_.end(), [](const Row& row) { return row.isTitle; });
         std::size_t width = 0;
         for (const Row& row : rows_)
@@ -68,17 +70,16 @@ ExitStatus Survey::show(const Arguments& arguments) const {
                           << "  " << row.text << '\n';
         }
     }
-    std::cout.flush();
     if (raised_)
         std::rethrow_exception(raised_);
     return whole_ ? kSuccess : kModuleFailed;
 }
 
-ExitStatus runSurvey(const Arguments& arguments, const std::function<void(Survey&)>& fill) {
-    return repeatOnModule(arguments, [&](Connection& connection) {
-        Survey survey(connection.link());
+ExitStatus runSurvey(Session& session, const std::function<void(Survey&)>& fill) {
+    return repeatOnModule(session, [&](Connection& connection) {
+        Survey survey(connection);
         fill(survey);
-        return survey.show(arguments);
+        return survey.show();
     });
 }
 

@@ -22,11 +22,12 @@ struct Shown {
 Shown shownNumber(std::int32_t value);
 Shown shownFlag(bool value);
 
-/// Values that are read from the module one after the other and then shown together: aligned rows for a person, or one
-/// JSON object. A value that could not be read is shown as "--", in JSON as null; standard error says why.
+/// Values that are read from the module one after the other and then shown together: aligned rows for a person, and
+/// the values of the report. A value that could not be read is shown as "--", in the report as null; the report says
+/// why.
 class Survey {
 public:
-    explicit Survey(clsOPane& link) : link_(link) {}
+    explicit Survey(Connection& connection) : connection_(connection) {}
 
     /// What is added from now on stands under a title, in JSON in an object at that pointer ("/backlight/red").
     void section(const std::string& pointer, const std::string& title);
@@ -47,7 +48,7 @@ public:
     /// Shows what was added.
     /// @return kModuleFailed when a value could not be read
     /// @throws RuntimeError, after that, when one has cut the reading short, such as 57 for a device that vanished
-    ExitStatus show(const Arguments& arguments) const;
+    ExitStatus show() const;
 
 private:
     bool attempt(const std::string& what, const std::function<bool(clsOPane&)>& operation);
@@ -58,17 +59,16 @@ private:
         bool isTitle;
     };
 
-    clsOPane& link_;
+    Connection& connection_;
     std::string pointer_;
     std::vector<Row> rows_;
-    nlohmann::ordered_json json_;
     bool whole_ = true;
     bool stopped_ = false;  // nothing more can be read
     std::exception_ptr raised_;
 };
 
 /// Connects, fills a survey and shows it, as often as --repeat asks for.
-ExitStatus runSurvey(const Arguments& arguments, const std::function<void(Survey&)>& fill);
+ExitStatus runSurvey(Session& session, const std::function<void(Survey&)>& fill);
 
 // What several commands read.
 void readStatusFlags(Survey& survey);

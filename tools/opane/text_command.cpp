@@ -66,7 +66,7 @@ Run setUpText(CLI::App& command) {
     command.add_option("--generator", options->generator, "character generator; see opane-generator")
         ->default_str("latin1.gen");
 
-    return [options](const Arguments& arguments) {
+    return [options](Session& session) {
         if (options->generator.empty())
             options->generator = defaultGenerator();
         try {
@@ -74,7 +74,7 @@ Run setUpText(CLI::App& command) {
         } catch (const RuntimeError& error) {
             throw InputError("\"" + options->generator + "\": " + error.what());
         }
-        return runOnModule(arguments, "text", [&](Connection& connection) {
+        return runOnModule(session, "text", [&](Connection& connection) {
             std::int16_t status = 1;
             connection.object().DisplayString(options->text, options->line, options->column, options->preGap,
                                               options->inverted ? 1 : 0, options->generator, status);

@@ -1,6 +1,7 @@
 // Finding, loading and unloading components.
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -31,7 +32,9 @@ struct LoadedLibrary {
 
 std::mutex librariesMutex;
 std::vector<LoadedLibrary>& libraries() {
-    static auto* const loaded = new std::vector<LoadedLibrary>;  // kept to the end: hosts may create until then
+    // Kept to the end, as hosts may create until then, and without memory of its own, which could be missing.
+    alignas(std::vector<LoadedLibrary>) static std::byte place[sizeof(std::vector<LoadedLibrary>)];
+    static auto* const loaded = new (place) std::vector<LoadedLibrary>;
     return *loaded;
 }
 
@@ -48,7 +51,7 @@ HRESULT guarded(Call&& call) noexcept {
     try {
         return call();
     } catch (const Failure& failure) {
-        return explain(failure.code, failure.text);
+        return explain(failure.code, failure.text.c_str());
     } catch (const RuntimeError& error) {
         const bool denied = error.number() == ErrorNumber::permissionDenied;
         return explain(denied ? E_ACCESSDENIED : SELFREG_E_CLASS, error.what());

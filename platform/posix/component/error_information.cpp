@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "shared/utf16.h"
@@ -92,15 +93,14 @@ struct AtThreadEnd {
 
 }  // namespace
 
-HRESULT explain(HRESULT code, const std::string& text) noexcept {
+HRESULT explain(HRESULT code, const char* text) noexcept {
     ICreateErrorInfo* creation = nullptr;
     if (FAILED(CreateErrorInfo(&creation)))
         return code;
-    std::u16string source = u"opane-component";
+    OLECHAR source[] = u"opane-component";
     try {
-        creation->SetSource(source.data());
-        creation->SetDescription(utf16Text(text).data());
-        SetErrorInfo(0, static_cast<ErrorInformation*>(creation));
+        if (SUCCEEDED(creation->SetSource(source)) && SUCCEEDED(creation->SetDescription(utf16Text(text).data())))
+            SetErrorInfo(0, static_cast<ErrorInformation*>(creation));
     } catch (const std::bad_alloc&) {
     }
     creation->Release();

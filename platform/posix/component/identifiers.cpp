@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "platform/posix/component/error_information.h"
@@ -48,7 +49,7 @@ bool parseIdentifier(LPCOLESTR text, GUID& identifier) {
 
 }  // namespace opane::component_runtime
 
-HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid) {
+HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid) try {
     if (text == nullptr || clsid == nullptr)
         return E_INVALIDARG;
     *clsid = CLSID{};
@@ -56,7 +57,9 @@ HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid) {
         return S_OK;
     std::string explanation = opane::utf8Text(text);
     explanation.append(" is no identifier; expected ").append(kPattern);
-    return opane::component_runtime::explain(CO_E_CLASSSTRING, explanation);
+    return opane::component_runtime::explain(CO_E_CLASSSTRING, explanation.c_str());
+} catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
 }
 
 int StringFromGUID2(REFGUID guid, LPOLESTR text, int units) {

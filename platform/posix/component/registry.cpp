@@ -8,15 +8,16 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <thread>
 
+#include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/posix/component/identifiers.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/link_target.h"
 #include "platform/whole_file.h"
 #include "shared/runtime_error.h"
 #include "shared/utf16.h"
@@ -27,7 +28,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestRegistry = 1U << 20;
-constexpr int kMostLinks = 40;  // as the system follows
 constexpr int kLockRetryMs = 5;
 constexpr int kLongestLockMs = 5000;
 
@@ -118,16 +118,11 @@ std::string lineOf(const RegisteredClass& row) {
 
 /// Where the environment puts the registry.
 std::string namedFile() {
-    // What a program of another user's rights is told by its caller does not count.
-    const auto variable = [](const char* name) -> std::string {
-        const char* const value = secure_getenv(name);
-        return value != nullptr ? value : "";
-    };
-    if (std::string named = variable("OPANE_COMPONENT_REGISTRY"); !named.empty())
+    if (std::string named = environmentText("OPANE_COMPONENT_REGISTRY"); !named.empty())
         return named;
-    if (const std::string data = variable("XDG_DATA_HOME"); data.starts_with('/'))
+    if (const std::string data = environmentText("XDG_DATA_HOME"); data.starts_with('/'))
         return data + "/opane/components";
-    if (const std::string home = variable("HOME"); home.starts_with('/'))
+    if (const std::string home = environmentText("HOME"); home.starts_with('/'))
         return home + "/.local/share/opane/components";
     throw RuntimeError(ErrorNumber::pathNotFound,
                        "there is no place for the registry of components: OPANE_COMPONENT_REGISTRY, XDG_DATA_HOME and "
@@ -137,16 +132,12 @@ std::string namedFile() {
 }  // namespace
 
 std::string registryFile() {
-    fs::path file = namedFile();
+    const fs::path file = namedFile();
     if (file.native().size() >= PATH_MAX)
         throw RuntimeError(ErrorNumber::pathFileAccess, "the path of the registry has " +
                                                             std::to_string(file.native().size()) +
                                                             " bytes; the system takes " + std::to_string(PATH_MAX - 1));
-    // The file behind links, also one that is still to be made, so that every way to it locks the same folder.
-    std::error_code ignored;
-    for (int links = 0; links < kMostLinks && fs::is_symlink(file, ignored); ++links)
-        file = file.parent_path() / fs::read_symlink(file, ignored);
-    return file.string();
+    return linkTarget(file).string();  // so that every way to it locks the same folder
 }
 
 std::optional<RegisteredClass> findClass(const std::function<bool(const RegisteredClass&)>& matches) {

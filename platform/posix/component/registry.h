@@ -16,7 +16,7 @@ struct RegisteredClass {
     std::string library;  ///< absolute path
 };
 
-/// The file of the registry: a line a class, its identifier, its programmatic identifier and its library with tabs
+/// The file of the registry: a line for each class, its identifier, its programmatic identifier and its library with tabs
 /// between them. Lines that are none of a class stay as they are.
 /// @throws RuntimeError 76 when the environment names no place for it
 std::string registryFile();

@@ -4,28 +4,21 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "platform/component_runtime.h"
+#include "shared/number_in_text.h"
 
 namespace {
 
+using opane::NumberInText;
 using Number = long double;
-
-/// Halves to even, without touching the rounding mode.
-Number rounded(Number value) {
-    const Number floor = std::floor(value);
-    const Number fraction = value - floor;
-    if (fraction != 0.5L)
-        return fraction < 0.5L ? floor : floor + 1;
-    return std::fmod(floor, 2.0L) == 0 ? floor : floor + 1;
-}
 
 template <typename Integer>
 HRESULT storeInteger(Number value, Integer& target) {
-    const Number integer = rounded(value);
+    const Number integer = opane::roundedHalfToEven(value);
     if (!(integer >= static_cast<Number>(std::numeric_limits<Integer>::min()) &&
           integer <= static_cast<Number>(std::numeric_limits<Integer>::max())))
         return DISP_E_OVERFLOW;
@@ -33,7 +26,7 @@ HRESULT storeInteger(Number value, Integer& target) {
     return S_OK;
 }
 
-/// The characters of a text in lower case without the blanks around them; one that is not ASCII becomes '?'.
+/// The characters of a text in lower case; one that is not ASCII becomes '?'.
 std::string plainText(BSTR text) {
     std::string plain;
     for (UINT i = 0; i < SysStringLen(text); ++i) {
@@ -41,47 +34,25 @@ std::string plainText(BSTR text) {
         const bool isUpper = unit >= u'A' && unit <= u'Z';
         plain += unit < 0x80 ? static_cast<char>(isUpper ? unit - u'A' + u'a' : unit) : '?';
     }
-    const auto first = plain.find_first_not_of(" \t\r\n");
-    return first == std::string::npos ? "" : plain.substr(first, plain.find_last_not_of(" \t\r\n") - first + 1);
+    return plain;
 }
 
-template <typename Value, typename... Format>
-HRESULT parseWhole(std::string_view text, Number& number, Format... format) {
-    Value value{};
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, value, format...);
-    if (rest != end || error == std::errc::invalid_argument)
-        return DISP_E_TYPEMISMATCH;
-    if (error == std::errc::result_out_of_range)
-        return DISP_E_OVERFLOW;
-    number = static_cast<Number>(value);
+HRESULT resultOf(const NumberInText& read) {
+    switch (read.kind) {
+        case NumberInText::Kind::none:
+            return DISP_E_TYPEMISMATCH;
+        case NumberInText::Kind::tooLarge:
+            return DISP_E_OVERFLOW;
+        case NumberInText::Kind::number:
+        case NumberInText::Kind::bits:
+            break;
+    }
     return S_OK;
 }
 
-/// Whether a plain text is a number in hexadecimal or octal, which stands for bits.
-bool isBitPattern(std::string_view text) {
-    return text.starts_with("&h") || text.starts_with("&o");
-}
-
-HRESULT numberInText(std::string_view text, Number& number) {
-    if (isBitPattern(text))
-        return parseWhole<std::uint32_t>(text.substr(2), number, text[1] == 'h' ? 16 : 8);
-    if (text.starts_with('+') && text.size() > 1 && text[1] != '-')
-        text.remove_prefix(1);
-    const bool hasDigit = std::any_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-    if (!hasDigit)
-        return DISP_E_TYPEMISMATCH;  // the names of infinity and of no number too
-    if (SUCCEEDED(parseWhole<std::int64_t>(text, number)))
-        return S_OK;
-    const HRESULT result = parseWhole<double>(text, number);
-    if (result != DISP_E_OVERFLOW || text.find("e-") == std::string_view::npos)
-        return result;
-    number = 0;  // too small for the type, not too large
-    return S_OK;
-}
-
-/// The number of a value that is not by reference.
-HRESULT numberOf(const VARIANT& value, Number& number) {
+/// The number of a value that is not by reference, and whether it stands for bits.
+HRESULT numberOf(const VARIANT& value, Number& number, bool& isBits) {
+    isBits = false;
     switch (value.vt) {
         case VT_EMPTY:
             number = 0;
@@ -120,21 +91,27 @@ HRESULT numberOf(const VARIANT& value, Number& number) {
         case VT_DATE:
             number = static_cast<Number>(value.dblVal);
             return S_OK;
-        case VT_BSTR:
-            return numberInText(plainText(value.bstrVal), number);
+        case VT_BSTR: {
+            const NumberInText read = opane::numberInText(plainText(value.bstrVal));
+            number = read.value;
+            isBits = read.kind == NumberInText::Kind::bits;
+            return resultOf(read);
+        }
         default:
             return DISP_E_TYPEMISMATCH;
     }
 }
 
 HRESULT truthOf(const VARIANT& value, VARIANT_BOOL& truth) {
-    const std::string text = value.vt == VT_BSTR ? plainText(value.bstrVal) : "";
+    const std::string plain = value.vt == VT_BSTR ? plainText(value.bstrVal) : "";
+    const std::string_view text = opane::withoutBlanks(plain);
     if (text == "true" || text == "#true#" || text == "false" || text == "#false#") {
         truth = text.find('t') <= 1 ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
     }
     Number number = 0;
-    const HRESULT result = numberOf(value, number);
+    bool isBits = false;
+    const HRESULT result = numberOf(value, number, isBits);
     if (SUCCEEDED(result))
         truth = number != 0 ? VARIANT_TRUE : VARIANT_FALSE;
     return result;
@@ -149,7 +126,8 @@ HRESULT textOf(const VARIANT& value, BSTR& text) {
     char* end = digits;
     if (value.vt != VT_EMPTY) {
         Number number = 0;
-        if (const HRESULT result = numberOf(value, number); FAILED(result))
+        bool isBits = false;
+        if (const HRESULT result = numberOf(value, number, isBits); FAILED(result))
             return result;
         if (number == 0)
             number = 0;  // without the sign that a real may have
@@ -165,8 +143,9 @@ HRESULT textOf(const VARIANT& value, BSTR& text) {
             end = std::to_chars(digits, std::end(digits), static_cast<std::int64_t>(number)).ptr;
     }
     std::replace(digits, end, 'e', 'E');
-    const std::u16string wide(digits, end);
-    text = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+    OLECHAR units[sizeof digits];
+    std::copy(digits, end, units);
+    text = SysAllocStringLen(units, static_cast<UINT>(end - digits));
     return text == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
@@ -176,10 +155,10 @@ HRESULT convert(VARIANT& target, const VARIANT& source, VARTYPE type) {
     if (type == VT_BOOL)
         return truthOf(source, target.boolVal);
     Number number = 0;
-    if (const HRESULT result = numberOf(source, number); FAILED(result))
+    bool isBits = false;
+    if (const HRESULT result = numberOf(source, number, isBits); FAILED(result))
         return result;
     // Bits that fill the type are its bits: &HFFFF is -1 in 16 of them.
-    const bool isBits = source.vt == VT_BSTR && isBitPattern(plainText(source.bstrVal));
     if (isBits && type == VT_I2 && number > INT16_MAX && number <= UINT16_MAX)
         number -= UINT16_MAX + 1;
     if (isBits && (type == VT_I4 || type == VT_INT) && number > INT32_MAX)
@@ -316,7 +295,7 @@ HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, 
     return VariantChangeTypeEx(target, source, LOCALE_USER_DEFAULT, flags, type);
 }
 
-HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID /*lcid*/, USHORT /*flags*/, VARTYPE type) {
+HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID /*lcid*/, USHORT /*flags*/, VARTYPE type) try {
     if (target == nullptr || source == nullptr)
         return E_INVALIDARG;
     VARIANT value{};
@@ -329,4 +308,6 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID /*lcid*
     VariantClear(target);
     *target = converted;
     return S_OK;
+} catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
 }

@@ -1,0 +1,186 @@
+// The component and its runtime when memory runs out: at each allocation of a call, that one fails, or it and all that
+// follow. The call has its result, nothing is lost, and the next one works.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#include "support/component.h"
+#include "support/glyph_bytes.h"
+
+namespace {
+
+// Allocations of this thread: from the first that fails to the last one; and the blocks that it holds.
+constexpr long kNever = std::numeric_limits<long>::max();
+thread_local long allocations = 0;
+thread_local long firstFailure = kNever;
+thread_local long lastFailure = kNever;
+thread_local long held = 0;
+
+bool fails() {
+    const long number = ++allocations;
+    return number >= firstFailure && number <= lastFailure;
+}
+
+void* allocate(std::size_t bytes) {
+    void* const block = fails() ? nullptr : std::malloc(bytes);
+    held += block != nullptr ? 1 : 0;
+    return block;
+}
+
+/// The runtime's own function behind one that this program puts in its place.
+template <typename Function>
+Function* next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// Not inlined: the compiler would take new and free for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
+    void* const block = allocate(bytes);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return allocate(bytes);
+}
+[[gnu::noinline]] void operator delete(void* block) noexcept {
+    held -= block != nullptr ? 1 : 0;
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}
+BSTR SysAllocStringLen(LPCOLESTR text, UINT units) {
+    static auto* const real = next<decltype(SysAllocStringLen)>("SysAllocStringLen");
+    const BSTR allocated = fails() ? nullptr : real(text, units);
+    held += allocated != nullptr ? 1 : 0;
+    return allocated;
+}
+void SysFreeString(BSTR text) {
+    static auto* const real = next<decltype(SysFreeString)>("SysFreeString");
+    held -= text != nullptr ? 1 : 0;
+    real(text);
+}
+
+namespace opane::test {
+namespace {
+
+VARIANT ofType(VARTYPE type, void* pointer) {
+    VARIANT variant{};
+    variant.vt = type;
+    variant.byref = pointer;
+    return variant;
+}
+
+struct OutOfMemory : testing::Test {
+    OutOfMemory() {
+        setenv("OPANE_LOG_LEVEL", "3", 1);
+        setenv("OPANE_LOG_FOLDER", folder.path().c_str(), 1);
+    }
+
+    /// Runs a call that gives its result in the end, with a failure at each of its allocations.
+    template <typename Call>
+    void eachAllocationFails(const char* name, HRESULT expected, Call call) {
+        ASSERT_EQ(call(), expected) << name;
+        SetErrorInfo(0, nullptr);
+        const long before = held;
+        for (const bool alone : {true, false}) {
+            bool hasFailed = true;
+            for (long number = 1; hasFailed; ++number) {
+                firstFailure = allocations + number;
+                lastFailure = alone ? firstFailure : kNever;
+                const HRESULT result = call();
+                hasFailed = allocations >= firstFailure;
+                firstFailure = lastFailure = kNever;
+                EXPECT_TRUE(result == expected || result == E_OUTOFMEMORY) << name << ", " << number << ": " << result;
+            }
+        }
+        EXPECT_EQ(call(), expected) << name;
+        SetErrorInfo(0, nullptr);
+        EXPECT_EQ(held, before) << name;
+    }
+
+    TemporaryFolder folder;
+    simulator::ServedModule module;
+    ThreadHost host{module.devicePath()};
+    RegisteredComponent component;
+};
+
+TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
+    const auto object = component.create();
+    SHORT port = 1, node = 3, zero = 0, status = 7;
+    LONG baudRate = 9600;
+    ASSERT_EQ(object->Synchronize(&port, &baudRate, &node, &status), S_OK);
+
+    const AutomationString missing(folder / "nowhere/missing.bmp");
+    eachAllocationFails("DisplayBMP", static_cast<HRESULT>(0x800A004CU),
+                        [&] { return object->DisplayBMP(missing, &status); });
+    const ByteArray glyphs = generator();
+    const AutomationString path(folder.write("all.gen", {glyphs.begin(), glyphs.end()}));
+    const AutomationString text("a text");
+    eachAllocationFails("DisplayString", S_OK,
+                        [&] { return object->DisplayString(text, &zero, &zero, &zero, &zero, path, &status); });
+    BSTR version = nullptr;
+    eachAllocationFails("Version", S_OK, [&] { return object->Version(&version); });
+    SysFreeString(version);
+
+    VARIANT written{};
+    VARIANT arguments[]{ofType(VT_BYREF | VT_VARIANT, &written), ofType(VT_BSTR, missing)};
+    DISPID parameters[]{0, 1};
+    EXCEPINFO exception{};
+    const auto invoke = [&](DISPID method, UINT count) {
+        DISPPARAMS named{arguments, parameters, count, count};
+        const HRESULT result =
+            object->Invoke(method, IID_NULL, 0, DISPATCH_METHOD, &named, nullptr, &exception, nullptr);
+        VariantClear(&written);
+        SysFreeString(std::exchange(exception.bstrSource, nullptr));
+        SysFreeString(std::exchange(exception.bstrDescription, nullptr));
+        return result == DISP_E_EXCEPTION ? exception.scode : result;
+    };
+    eachAllocationFails("Invoke, named", S_OK, [&] { return invoke(0x60030004, 1); });
+    eachAllocationFails("Invoke, too few", DISP_E_BADPARAMCOUNT, [&] { return invoke(0x60030008, 1); });
+    eachAllocationFails("Invoke, no number", DISP_E_TYPEMISMATCH, [&] { return invoke(0x60030008, 2); });
+    std::u16string unknown = u"NoSuchMethodOfThis";
+    LPOLESTR names = unknown.data();
+    eachAllocationFails("GetIDsOfNames", DISP_E_UNKNOWNNAME,
+                        [&] { return object->GetIDsOfNames(IID_NULL, &names, 1, 0, parameters); });
+
+    EXPECT_EQ(object->Synchronize(&port, &baudRate, &node, &status), S_OK);
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
+    const auto kept = component.create();  // holds the library, whose own memory is made once
+    void* made = nullptr;
+    eachAllocationFails("CoCreateInstance", S_OK, [&] {
+        const HRESULT result =
+            CoCreateInstance(CLSID_clsOPaneCommDLL, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &made);
+        if (made != nullptr)
+            static_cast<IUnknown*>(made)->Release();
+        return result;
+    });
+    eachAllocationFails("CoCreateInstance of another", REGDB_E_CLASSNOTREG,
+                        [&] { return CoCreateInstance(CLSID{}, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &made); });
+    CLSID clsid{};
+    eachAllocationFails("CLSIDFromProgID", CO_E_CLASSSTRING, [&] { return CLSIDFromProgID(u"No.Such", &clsid); });
+    eachAllocationFails("CLSIDFromString", CO_E_CLASSSTRING, [&] { return CLSIDFromString(u"No such", &clsid); });
+    const AutomationString digits("                   12");
+    VARIANT number = ofType(VT_BSTR, digits);
+    eachAllocationFails("VariantChangeType", S_OK, [&] {
+        VARIANT changed{};
+        return VariantChangeType(&changed, &number, 0, VT_I4);
+    });
+    eachAllocationFails("OpaneRegisterClass", S_OK, [&] {
+        return OpaneRegisterClass({1, 2, 3, {4}}, "Some.Class", "/some/library.so");
+    });
+    const SharedLibrary library(OPANECOMMDLL_PROGRAM);
+    for (const char* entry : {"DllUnregisterServer", "DllRegisterServer"})
+        eachAllocationFails(entry, S_OK, [&] { return library.function<HRESULT()>(entry)(); });
+}
+
+}  // namespace
+}  // namespace opane::test
