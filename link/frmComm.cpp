@@ -1,9 +1,7 @@
 #include "link/frmComm.h"
 
-#include "platform/services.h"
-
 namespace opane {
 
-frmComm::frmComm() : control_(services().makeSerialControl()) {}
+frmComm::frmComm() : control_(makeSerialControl()) {}
 
 }  // namespace opane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/file_dialog.h"
+#include "forms/common_dialog.h"
 
 namespace opane {
 

@@ -12,7 +12,7 @@
 namespace opane {
 
 /// The diagnostic window: chooses bus, port and node, synchronises, and runs every command of the module by hand from
-/// six pages. While it is loaded it owns the thread's link and log. A view shows it (platform/window_controls.h); it
+/// six pages. While it is loaded it owns the thread's link and log. A view shows it (forms/window_controls.h); it
 /// needs none.
 ///
 /// Each handler blocks as long as its commands do. What is typed is refused with a message box before anything is sent,

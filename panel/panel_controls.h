@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "platform/window_controls.h"
+#include "forms/window_controls.h"
 
 namespace opane {
 

@@ -183,6 +183,16 @@ std::unique_ptr<SerialControl> makeSystemSerialControl() {
     return std::make_unique<SystemSerialControl>();
 }
 
+std::unique_ptr<SerialControl> makeSerialControl() {
+    const auto maker = services().makeSerialControl;
+    return maker ? maker() : makeSystemSerialControl();
+}
+
+std::string devicePath(std::int16_t comPort) {
+    const auto map = services().portMap;
+    return map ? map(comPort) : systemDevicePath(comPort);
+}
+
 std::string systemDevicePath(std::int16_t comPort) {
     const std::string named = environmentText("OPANE_COM" + std::to_string(comPort));
     return named.empty() ? portDevicePath(comPort) : named;

@@ -24,7 +24,7 @@ public:
     virtual std::int16_t InputMode() const = 0;
     virtual void InputMode(std::int16_t intInputMode) = 0;
 
-    /// COM port number from 1; 1 on a new control. Which device it is: devicePath() in services.h.
+    /// COM port number from 1; 1 on a new control. Which device it is: devicePath().
     /// Any number is taken; whether there is such a port, opening it tells.
     /// @throws RuntimeError 8000 (port is open) while the port is open
     virtual std::int16_t CommPort() const = 0;
@@ -68,5 +68,15 @@ public:
 
 /// A closed control on the system's serial ports.
 std::unique_ptr<SerialControl> makeSystemSerialControl();
+
+/// A closed control, made in the thread's way (services.h).
+std::unique_ptr<SerialControl> makeSerialControl();
+
+/// The device of a COM port number by the thread's port map; else what the environment variable OPANE_COM<n> names,
+/// else the system's own: /dev/ttyS<n-1> on POSIX, \\.\COM<n> on Windows. Empty when the map has none.
+std::string devicePath(std::int16_t comPort);
+
+/// The system's own way from a COM port number to a device, without the thread's map.
+std::string systemDevicePath(std::int16_t comPort);
 
 }  // namespace opane

@@ -19,11 +19,6 @@ const Services& services() {
     return threadServices != nullptr ? *threadServices : *system;
 }
 
-std::string devicePath(std::int16_t comPort) {
-    const auto map = services().portMap;
-    return map ? map(comPort) : systemDevicePath(comPort);
-}
-
 ServicesScope::ServicesScope() : current_(services()), outer_(threadServices) {
     threadServices = &current_;
 }

@@ -6,18 +6,18 @@
 #include <string>
 
 #include "platform/cancellation.h"
-#include "platform/file_dialog.h"
-#include "platform/message_box.h"
+#include "platform/host_dialogs.h"
 #include "platform/regional_text.h"
-#include "platform/serial_control.h"
 #include "platform/tick_counter.h"
 
 namespace opane {
 
+class SerialControl;
+
 /// What a thread uses of the world outside. A new thread has the system's; a ServicesScope replaces some of it.
 struct Services {
-    /// Makes the serial control of a new link.
-    std::function<std::unique_ptr<SerialControl>()> makeSerialControl = makeSystemSerialControl;
+    /// Makes the serial control of a new link. Empty: on the system's serial ports.
+    std::function<std::unique_ptr<SerialControl>()> makeSerialControl;
     TickCounter* tickCounter = &systemTickCounter();
     /// The thread's local date and time, for the log.
     Calendar calendar = systemLocalTime;
@@ -33,13 +33,6 @@ struct Services {
 
 /// The calling thread's set.
 const Services& services();
-
-/// The device of a COM port number by the thread's port map; else what the environment variable OPANE_COM<n> names,
-/// else the system's own: /dev/ttyS<n-1> on POSIX, \\.\COM<n> on Windows. Empty when the map has none.
-std::string devicePath(std::int16_t comPort);
-
-/// The system's own way from a COM port number to a device, without the thread's map.
-std::string systemDevicePath(std::int16_t comPort);
 
 /// Replaces services of the calling thread for as long as it lives; the others stay as they were. Scopes end in the
 /// reverse order of their beginning, on the thread that made them, and after the objects that use them.

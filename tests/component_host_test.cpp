@@ -7,7 +7,10 @@
 #include <cstring>
 #include <string>
 
-#include "platform/component_runtime.h"
+#include "forms/common_dialog.h"
+#include "opane/component_runtime.h"
+#include "platform/message_box.h"
+#include "platform/serial_control.h"
 
 namespace opane::component {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
+#include "forms/window_controls.h"
 #include "platform/services.h"
-#include "platform/window_controls.h"
 #include "shared/runtime_error.h"
 
 namespace opane::test {

@@ -8,7 +8,7 @@
 #include <iostream>
 #include <utility>
 
-#include "platform/qt/theme.h"
+#include "forms/qt/theme.h"
 #include "support/panel_window.h"
 #include "tools/opane-panel/module_window.h"
 

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "forms/common_dialog.h"
 #include "platform/code_page.h"
-#include "platform/file_dialog.h"
+#include "platform/message_box.h"
 #include "platform/services.h"
 #include "shared/utf8.h"
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "automation/clsOPaneCommDLL.h"
-#include "automation/component/OPaneCommDLL.h"
 #include "automation/component/lifetime.h"
+#include "opane/OPaneCommDLL.h"
 
 namespace opane::component {
 

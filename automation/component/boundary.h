@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/component_runtime.h"
+#include "opane/component_runtime.h"
 #include "shared/runtime_error.h"
 
 namespace opane::component {

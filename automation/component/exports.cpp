@@ -1,10 +1,10 @@
 // The entry points of the library. They only hand over.
 
-#include "automation/component/OPaneCommDLL.h"
 #include "automation/component/boundary.h"
 #include "automation/component/class_factory.h"
 #include "automation/component/lifetime.h"
 #include "automation/component/registration.h"
+#include "opane/OPaneCommDLL.h"
 
 using namespace opane::component;
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "automation/component/OPaneCommDLL.h"
+#include "opane/OPaneCommDLL.h"
 
 namespace opane::component {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/component_runtime.h"
+#include "opane/component_runtime.h"
 
 namespace opane::component {
 

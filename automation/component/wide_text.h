@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/component_runtime.h"
+#include "opane/component_runtime.h"
 
 namespace opane::component {
 

@@ -1,9 +1,12 @@
 #include "platform/file_dialog.h"
 
+#include "platform/services.h"
+
 namespace opane {
 
-std::optional<std::string> systemFileDialog(const FileDialogRequest& /*request*/) {
-    return std::nullopt;
+std::optional<std::string> showFileDialog(const FileDialogRequest& request) {
+    const auto handler = services().fileDialog;
+    return handler ? handler(request) : std::nullopt;
 }
 
 }  // namespace opane

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/services.h"
 #include "platform/windows/desktop.h"
 #include "platform/windows/system_text.h"
 // After windows.h, which it needs.
@@ -26,7 +27,9 @@ std::wstring nameOnly(const std::string& path) {
 
 }  // namespace
 
-std::optional<std::string> systemFileDialog(const FileDialogRequest& request) {
+std::optional<std::string> showFileDialog(const FileDialogRequest& request) {
+    if (const auto handler = services().fileDialog)
+        return handler(request);
     if (!hasVisibleDesktop())
         return std::nullopt;
     const std::wstring title = wideText(request.title);

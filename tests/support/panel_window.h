@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
+#include "forms/qt/form_view.h"
+#include "forms/qt/host_services.h"
 #include "panel/frmOPane.h"
-#include "platform/qt/form_view.h"
-#include "platform/qt/host_services.h"
 #include "simulator/served_module.h"
 
 namespace opane::test {

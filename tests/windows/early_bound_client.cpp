@@ -5,8 +5,8 @@
 #include <string>
 #include <thread>
 
-#include "automation/component/OPaneCommDLL.h"
 #include "checks.h"
+#include "opane/OPaneCommDLL.h"
 
 namespace {
 

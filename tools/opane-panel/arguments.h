@@ -6,7 +6,7 @@
 #include <string>
 #include <variant>
 
-#include "platform/qt/theme.h"
+#include "forms/qt/theme.h"
 #include "tools/command_line/command_line.h"
 
 namespace opane::panel_tool {

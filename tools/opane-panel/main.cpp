@@ -6,10 +6,10 @@
 #include <memory>
 #include <variant>
 
+#include "forms/qt/display.h"
+#include "forms/qt/form_view.h"
+#include "forms/qt/host_services.h"
 #include "panel/frmOPane.h"
-#include "platform/qt/display.h"
-#include "platform/qt/form_view.h"
-#include "platform/qt/host_services.h"
 #include "platform/utf8_path.h"
 #include "simulator/served_module.h"
 #include "tools/command_line/command_line.h"

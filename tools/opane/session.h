@@ -4,8 +4,8 @@
 #include <string>
 
 #include "arguments.h"
+#include "interruption.h"
 #include "platform/cancellation.h"
-#include "platform/interruption.h"
 #include "platform/services.h"
 #include "report.h"
 

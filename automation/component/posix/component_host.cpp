@@ -2,7 +2,9 @@
 
 #include <climits>
 
-#include "platform/component_runtime.h"
+#include "opane/component_runtime.h"
+#include "platform/message_box.h"
+#include "platform/serial_control.h"
 
 namespace opane::component {
 namespace {

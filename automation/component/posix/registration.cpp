@@ -3,8 +3,8 @@
 #include <string>
 #include <system_error>
 
-#include "automation/component/OPaneCommDLL.h"
 #include "automation/component/boundary.h"
+#include "opane/OPaneCommDLL.h"
 #include "platform/folders.h"
 #include "platform/utf8_path.h"
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "automation/component/OPaneCommDLL.h"
 #include "automation/component/boundary.h"
 #include "automation/component/wide_text.h"
 #include "automation/component/windows/type_library.h"
+#include "opane/OPaneCommDLL.h"
 #include "platform/folders.h"
 #include "platform/windows/system_text.h"
 

@@ -1,8 +1,8 @@
 #include "automation/component/type_information.h"
 
-#include "automation/component/OPaneCommDLL.h"
 #include "automation/component/boundary.h"
 #include "automation/component/windows/type_library.h"
+#include "opane/OPaneCommDLL.h"
 
 namespace opane::component {
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/component_runtime.h"
+#include "opane/component_runtime.h"
 
 namespace opane::component {
 
