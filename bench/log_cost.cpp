@@ -33,7 +33,7 @@ Measured logCost() {
     fs::create_directory(folder);
     simulator::ServedModule module;
     BenchLink bench(module.devicePath(), 9600);
-    clsLog& log = *threadGlobals()->gobjLog;
+    clsLog& log = *threadLog();
     log.LogFolder(folder.string());
 
     std::vector<double> added;

@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "commands/command_table.h"
-#include "link/clsOPane.h"
+#include "commands/command_run.h"
 #include "platform/message_box.h"
 #include "platform/services.h"
 
@@ -52,6 +51,11 @@ void showError(const char* text) {
     showMessageBox(text, kErrorTitle, MessageBoxButtons::ok);
 }
 
+void logChanged(CommandRun& run, const char* changedText) {
+    run.log(changedText);
+    run.log("Resynchronize OK");
+}
+
 }  // namespace
 
 bool clsOPane::OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t intQuartzType) {
@@ -59,10 +63,9 @@ bool clsOPane::OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t 
                                          [=](const RateRow& rate) { return rate.baudRate == lngNewBaudrate; });
     if (row == kRates.end())
         return false;
-    const Running running(*this);
-    logCommandType(kRS232Baudrate);
-    logCommand(kRS232Baudrate, "Actual Baudrate : " + std::to_string(Baudrate()));
-    logCommand(kRS232Baudrate, "New Baudrate : " + std::to_string(lngNewBaudrate));
+    CommandRun run(*this, kRS232Baudrate);
+    run.log("Actual Baudrate : " + std::to_string(Baudrate()));
+    run.log("New Baudrate : " + std::to_string(lngNewBaudrate));
     if (lngNewBaudrate == Baudrate())
         return true;
     if (intQuartzType < 1 || intQuartzType > kQuartzTypes)
@@ -70,8 +73,7 @@ bool clsOPane::OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t 
     const auto rate = row->byQuartz[static_cast<std::size_t>(intQuartzType - 1)];
     if (!rate)
         return false;
-    ByteArray unused;
-    if (!runCommand(kRS232Baudrate, rate->code, rate->flag, unused))
+    if (!run.send(rate->code, rate->flag))
         return false;
 
     const std::int32_t rateBefore = Baudrate();
@@ -81,15 +83,16 @@ bool clsOPane::OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t 
         Baudrate(rateBefore);
         return false;
     }
-    return resynchroniseAtNewRate(kRS232Baudrate, "Baudrate changed on PC and module");
+    if (!synchroniseAtNewRate())
+        return false;
+    logChanged(run, "Baudrate changed on PC and module");
+    return true;
 }
 
 bool clsOPane::OPaneCmd_Reset(std::int16_t intTypeOfReset) {
-    const Running running(*this);
-    logCommandType(kReset);
-    logCommand(kReset, "Reset Type : " + std::to_string(intTypeOfReset));
-    ByteArray unused;
-    if (!runCommand(kReset, frameByte(intTypeOfReset, "type of reset"), 0, unused))
+    CommandRun run(*this, kReset);
+    run.log("Reset Type : " + std::to_string(intTypeOfReset));
+    if (!run.send(frameByte(intTypeOfReset, "type of reset"), 0))
         return false;
     if (intTypeOfReset != kResetModule)
         return intTypeOfReset == kResetLightControl;
@@ -103,19 +106,18 @@ bool clsOPane::OPaneCmd_Reset(std::int16_t intTypeOfReset) {
     const std::uint32_t start = ticks.now();
     while (!isPast(start, ticks.now(), kResetMs))  // the one wait that runs no host events
         ticks.pause();
-    return resynchroniseAtNewRate(kReset, "Baudrate changed on PC and module to 9600");
+    if (!synchroniseAtNewRate())
+        return false;
+    logChanged(run, "Baudrate changed on PC and module to 9600");
+    return true;
 }
 
-bool clsOPane::resynchroniseAtNewRate(const Command& command, std::string_view changedText) {
-    if (!SendSynchronizeCharacter(nodeNumber_)) {
-        showError(kModuleLost);
-        synchronized_ = false;
-        return false;
-    }
-    logCommand(command, changedText);
-    logCommand(command, "Resynchronize OK");
-    synchronized_ = true;
-    return true;
+bool clsOPane::synchroniseAtNewRate() {
+    if (SendSynchronizeCharacter(nodeNumber_))
+        return true;
+    showError(kModuleLost);
+    synchronized_ = false;
+    return false;
 }
 
 }  // namespace opane

@@ -1,14 +1,13 @@
 #include <string>
 
 #include "commands/bitmap_file.h"
-#include "commands/command_table.h"
-#include "link/clsOPane.h"
+#include "commands/command_run.h"
 
 namespace opane {
 namespace {
 
 /// Sent as the line command is, but logged under a name of its own.
-constexpr Command kAfficheBMP{kAffData.type, "AfficheBMP", kAffData.dataBytes};
+constexpr Command kAfficheBMP{kAffData.type, "AfficheBMP", kAffData.dataBytes, false};
 
 /// The 120 row bytes of a text line, top row first.
 ByteArray lineOf(const ScreenImage& image, std::uint8_t line) {
@@ -24,17 +23,16 @@ ByteArray lineOf(const ScreenImage& image, std::uint8_t line) {
 }  // namespace
 
 bool clsOPane::OPaneCmd_AfficheBMP(const std::string& strFileNameWithPath, ScreenImage& arrActualImage) {
-    const Running running(*this);
-    logCommand(kAfficheBMP, "Name : " + strFileNameWithPath);
+    CommandRun run(*this, kAfficheBMP);
+    run.log("Name : " + strFileNameWithPath);
     const BitmapFile file = BitmapFile::read(strFileNameWithPath);
     for (std::size_t row = 0; row < static_cast<std::size_t>(file.height); ++row) {
         for (std::size_t column = 0; column < static_cast<std::size_t>(file.rowBytes); ++column)
             arrActualImage[row][column] = file.image[row][column];
     }
     for (std::uint8_t line = 0; line < kTextLines; ++line) {
-        logCommand(kAfficheBMP, "Affiche Line : " + std::to_string(line));
-        ByteArray unused;
-        if (!runCommand(kAfficheBMP, line, 0, unused, lineOf(file.image, line)))
+        run.log("Affiche Line : " + std::to_string(line));
+        if (!run.sendData(line, 0, lineOf(file.image, line)))
             return false;
     }
     return true;

@@ -10,6 +10,7 @@ struct Command {
     std::uint8_t type;           ///< of the request and of its answer
     std::string_view name;       ///< in the log, after "clsOPane,"
     std::uint8_t dataBytes = 0;  ///< of the request; an EEPROM write has as many as it writes
+    bool logsType = true;        ///< a line of its type comes first in the log
 };
 
 /// A command that shows row bytes at a block position.

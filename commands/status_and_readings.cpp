@@ -1,8 +1,7 @@
 #include <array>
 #include <string>
 
-#include "commands/command_table.h"
-#include "link/clsOPane.h"
+#include "commands/command_run.h"
 #include "platform/code_page.h"
 #include "shared/runtime_error.h"
 #include "shared/utf8.h"
@@ -36,31 +35,29 @@ constexpr std::array kAdcLabels{Reading{0, "ADC Lum Read (decimal): "}, Reading{
 }  // namespace
 
 bool clsOPane::OPaneCmd_Version(std::string& strVersion) {
-    const Running running(*this);
-    logCommandType(kVersion);
+    CommandRun run(*this, kVersion);
     ByteArray info;
-    if (!runCommand(kVersion, 0, 0, info))
+    if (!run.send(0, 0, info))
         return false;
     strVersion.clear();
     for (std::size_t i = 0; i + 1 < info.size(); ++i)  // the last byte is not part of the text
         appendUtf8(strVersion, codePageCharacter(info[i]));
-    logCommand(kVersion, "Rd:" + strVersion);
+    run.log("Rd:" + strVersion);
     return true;
 }
 
 bool clsOPane::OPaneCmd_ReadStatus(bool& blnUpSideDown, bool& blnInvertedDisplay, bool& blnCadreON, bool& blnLCDOn,
                                    bool& blnAutomaticBacklightON, bool& blnAutomaticVlcdON) {
-    const Running running(*this);
-    logCommandType(kReadStatus);
+    CommandRun run(*this, kReadStatus);
     ByteArray info;
-    if (!runCommand(kReadStatus, 0, 0, info))
+    if (!run.send(0, 0, info))
         return false;
     const std::array flags{&blnUpSideDown, &blnInvertedDisplay,      &blnCadreON,
                            &blnLCDOn,      &blnAutomaticBacklightON, &blnAutomaticVlcdON};
     for (std::size_t bit = 0; bit < flags.size(); ++bit)
         *flags[bit] = ((info[0] >> bit) & 1) != 0;
     for (std::size_t bit = 0; bit < flags.size(); ++bit)
-        logCommand(kReadStatus, flagText(bit, *flags[bit]));
+        run.log(flagText(bit, *flags[bit]));
     return true;
 }
 
@@ -75,10 +72,9 @@ bool clsOPane::OPaneCmd_WriteStatus(bool blnUpSideDown, bool blnInvertedDisplay,
     const Running running(*this);
     std::uint8_t index = 0;
     for (const Setting& setting : settings) {
-        logCommandType(kWriteStatus);
-        logCommand(kWriteStatus, flagText(setting.statusBit, setting.value));
-        ByteArray unused;
-        if (!runCommand(kWriteStatus, index, setting.value ? 1 : 0, unused))
+        CommandRun run(*this, kWriteStatus);
+        run.log(flagText(setting.statusBit, setting.value));
+        if (!run.send(index, setting.value ? 1 : 0))
             return false;
         ++index;
     }
@@ -86,30 +82,28 @@ bool clsOPane::OPaneCmd_WriteStatus(bool blnUpSideDown, bool blnInvertedDisplay,
 }
 
 bool clsOPane::OPaneCmd_ReadADC(std::int16_t intADCNumber, std::int32_t& lngReturnValue) {
-    const Running running(*this);
-    logCommandType(kReadADC);
+    CommandRun run(*this, kReadADC);
     ByteArray info;
-    if (!runCommand(kReadADC, frameByte(intADCNumber, "ADC number"), 0, info))
+    if (!run.send(frameByte(intADCNumber, "ADC number"), 0, info))
         return false;
     lngReturnValue = int16Value(twoByteValue(info, kReadADC), "reading of ADC " + std::to_string(intADCNumber));
     for (const Reading& reading : kAdcLabels) {
         if (reading.number == intADCNumber)
-            logCommand(kReadADC, std::string(reading.label) + std::to_string(lngReturnValue));
+            run.log(std::string(reading.label) + std::to_string(lngReturnValue));
     }
     return true;
 }
 
 bool clsOPane::OPaneCmd_TempIRandVLCD(std::int16_t intParameter, std::int32_t& lngValueRead) {
-    const Running running(*this);
-    logCommandType(kTempIRandVLCD);
-    logCommand(kTempIRandVLCD, "Parameter : " + std::to_string(intParameter));
+    CommandRun run(*this, kTempIRandVLCD);
+    run.log("Parameter : " + std::to_string(intParameter));
     ByteArray info;
-    if (!runCommand(kTempIRandVLCD, frameByte(intParameter, "parameter"), 0, info)) {
+    if (!run.send(frameByte(intParameter, "parameter"), 0, info)) {
         lngValueRead = 0;
         return false;
     }
     lngValueRead = twoByteValue(info, kTempIRandVLCD);
-    logCommand(kTempIRandVLCD, "Value Read (decimal) : " + std::to_string(lngValueRead));
+    run.log("Value Read (decimal) : " + std::to_string(lngValueRead));
     return true;
 }
 

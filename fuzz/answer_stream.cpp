@@ -68,11 +68,11 @@ void tryExchange(Input input) {
         return watchedControl(std::make_unique<MemorySerialControl>(line), time, watched);
     };
     GlobalsHolder holder;
-    holder.globals().gobjOPane = clsOPane::create();
-    holder.globals().gobjLog = std::make_shared<clsLog>();
-    holder.globals().gobjLog->LogLevel(3);
-    holder.globals().gobjLog->writer(std::make_unique<RecordingWriter>(log));
-    clsOPane& link = *holder.globals().gobjOPane;
+    holder.adopt(clsOPane::create());
+    holder.adopt(std::make_shared<clsLog>());
+    threadLog()->LogLevel(3);
+    threadLog()->writer(std::make_unique<RecordingWriter>(log));
+    clsOPane& link = *holder.link();
     link.Initialize();
     link.CommunicationType((flags & 1) != 0 ? "RS485" : "RS232");
     link.Timeout(kTimeouts.at((flags >> 1) & 3U));

@@ -17,9 +17,6 @@
 
 namespace opane {
 
-struct Command;
-struct BlockCommand;
-struct EepromCommand;
 struct ConnectionChoice;
 
 /// The one link of a thread to its module: the serial port, the handshake, the exchange with retries, and one operation
@@ -229,6 +226,15 @@ public:
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
 
+        /// Writes a line to the link's log and tells its observer.
+        /// @throws RuntimeError 91 when the thread had no log as the operation began; the log's own errors
+        void log(std::string_view procedure, std::string_view text, std::int16_t level) {
+            link_->logEvent(procedure, text, level);
+        }
+
+        /// The next exchange is waited for also after a cancellation, once its frame is out.
+        void seeToEnd() { link_->seesToEnd_ = true; }
+
     private:
         std::shared_ptr<clsOPane> link_;
     };
@@ -262,23 +268,8 @@ private:
     void logExchange(std::string_view text);
     void logEvent(std::string_view procedure, std::string_view text, std::int16_t level);
 
-    void logCommand(const Command& command, std::string_view text);
-    void logCommandType(const Command& command);
-    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, ByteArray& receivedInfo);
-    bool runCommand(const Command& command, std::uint8_t aux1, std::uint8_t aux2, ByteArray& receivedInfo,
-                    const ByteArray& data);
-    bool showBlocks(const BlockCommand& command, std::int16_t intLigne, std::int16_t intColonne,
-                    const ByteArray& arrbytData);
-    bool showPattern(const Command& command, std::int16_t intPattern);
-    bool writeIntensity(const Command& command, std::int16_t intRegister, std::int16_t intIntensity);
-    bool readRegister(const Command& command, std::int16_t intRegister, std::int16_t& intValueRead);
-    bool readEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                    ByteArray& arrbytReturnedData);
-    bool writeEeprom(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                     const ByteArray& arrbytDataToWrite);
-    bool runOnRange(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                    const ByteArray& data, ByteArray& receivedInfo, bool seesToEnd);
-    bool resynchroniseAtNewRate(const Command& command, std::string_view changedText);
+    /// A handshake at a rate that the module has just taken. The box of a lost module comes up when it fails.
+    bool synchroniseAtNewRate();
 
     struct Wait {
         std::uint32_t start;

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "log/log_line.h"
 #include "platform/environment.h"
 #include "platform/file.h"
 #include "platform/folders.h"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "log/line_writer.h"
+#include "log/log_line.h"
 
 namespace opane {
 

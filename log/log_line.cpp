@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "platform/file.h"
 #include "platform/regional_text.h"
+#include "shared/runtime_error.h"
 #include "shared/whole_number.h"
 
 namespace opane {
@@ -34,6 +36,14 @@ std::string logLine(const std::string& stamp, std::int16_t level, const std::str
 bool isLogLevel(std::string_view text) {
     const auto level = wholeNumber(text);
     return level && *level >= 0 && *level <= 3;
+}
+
+void FileLineWriter::write(const std::string& fileName, const std::string& line, std::int16_t /*level*/) {
+    try {
+        appendToFile(fileName, line);
+    } catch (const RuntimeError& error) {
+        throw RuntimeError(error.number(), "log " + std::string(error.what()));
+    }
 }
 
 }  // namespace opane

@@ -101,11 +101,12 @@ void frmOPane::DisplayCommandStatus(bool blnStatusToDisplay) {
 void frmOPane::Form_Load() {
     blnFormLoading = true;
     PrepareWindow(0);
-    globals().gobjOPane = clsOPane::create();
-    globals().gobjLog = std::make_shared<clsLog>();
+    holder().adopt(clsOPane::create());
+    holder().adopt(std::make_shared<clsLog>());
     blnFormLoading = false;
-    globals().gintCommPort = static_cast<std::int16_t>(std::stoi(cmbComPort.text()));
-    globals().gintNodeNumber = static_cast<std::int16_t>(std::stoi(cmbNodeNumber.text()));
+    Globals& chosen = holder().globals();
+    chosen.gintCommPort = static_cast<std::int16_t>(std::stoi(cmbComPort.text()));
+    chosen.gintNodeNumber = static_cast<std::int16_t>(std::stoi(cmbNodeNumber.text()));
     const auto link = threadLink();
     link->Initialize();
     link->CommunicationType(cmbBusType.text());
@@ -118,7 +119,7 @@ void frmOPane::Form_Unload() {
 void frmOPane::afterError() {
     blnFormLoading = false;
     cmdSynchronize.enabled(true);
-    const auto link = globals().gobjOPane;
+    const auto link = holder().link();
     if (link)
         link->Timeout(clsOPane::kUsualTimeoutMs);
     if (FrameSSTab.visible())
@@ -174,10 +175,10 @@ void frmOPane::startAgain() {
     showNotSynchronized();  // a default that the operator has just confirmed has cleared the boxes
 }
 
-Globals& frmOPane::globals() const {
+GlobalsHolder& frmOPane::holder() {
     if (!holder_)
         throw RuntimeError(ErrorNumber::objectNotSet, "the window has been unloaded");
-    return holder_->globals();
+    return *holder_;
 }
 
 }  // namespace opane

@@ -40,7 +40,8 @@ private:
     void showSynchronized(const std::string& portPrefix);
     void showNotSynchronized();
     void startAgain();
-    Globals& globals() const;
+    GlobalsHolder& holder();
+    Globals& globals() { return holder().globals(); }
 
     void cmbBusType_Click();
     void cmbComPort_Click();

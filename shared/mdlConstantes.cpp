@@ -11,8 +11,7 @@ namespace {
 
 // A thread finds its set by number: a plain thread_local with nothing to destroy (a destructor would pin the library
 // in its process), and a number that is never used twice stays harmless after its set has ended on another thread.
-// The lock guards this register, and the references of the sets, which a holder's end on another thread takes away; all
-// else in a set belongs to its thread.
+// The lock guards this register and the references in the sets.
 using SetNumber = std::uint64_t;
 using Register = std::map<SetNumber, std::weak_ptr<Globals>>;
 
@@ -73,6 +72,11 @@ void GlobalsHolder::adopt(std::shared_ptr<clsOPane> link) {
 void GlobalsHolder::adopt(std::shared_ptr<clsLog> log) {
     const std::lock_guard lock(registerMutex);
     globals_->gobjLog.swap(log);
+}
+
+std::shared_ptr<clsOPane> GlobalsHolder::link() const {
+    const std::lock_guard lock(registerMutex);
+    return globals_->gobjOPane;
 }
 
 std::shared_ptr<Globals> threadGlobals() {

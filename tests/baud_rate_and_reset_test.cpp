@@ -21,7 +21,7 @@ public:
         };
         link().Baudrate(9600);
         EXPECT_TRUE(link().SendSynchronizeCharacter(3));
-        threadGlobals()->gobjLog->LogLevel(2);
+        threadLog()->LogLevel(2);
     }
 
     std::vector<std::string> boxes;

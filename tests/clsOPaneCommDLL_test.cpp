@@ -127,7 +127,7 @@ TEST(PublicClass, EachThreadHasItsOwnLink) {
         Bench bench({.node = node});
         clsOPaneCommDLL object;
         for (int i = 0; i < 50; ++i) {
-            if (synchronize(object, 1, 9600, node) != 0 || threadGlobals()->gobjOPane->CommPort() != 1)
+            if (synchronize(object, 1, 9600, node) != 0 || threadLink()->CommPort() != 1)
                 return;
         }
         done = bench.module.handshakes() == 50;
@@ -149,8 +149,8 @@ TEST(PublicClass, AHostEventMayReleaseTheObjectInTheMiddleOfACall) {
     auto object = std::make_unique<clsOPaneCommDLL>();
     ASSERT_EQ(synchronize(*object), 0);
     std::vector<std::string> log;
-    threadGlobals()->gobjLog->LogLevel(2);
-    threadGlobals()->gobjLog->writer(std::make_unique<RecordingWriter>(log));
+    threadLog()->LogLevel(2);
+    threadLog()->writer(std::make_unique<RecordingWriter>(log));
 
     bench.services->eventHook = [&] {
         if (bench.module.frames().size() == 1)

@@ -11,9 +11,9 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     Bench bench;
     GlobalsHolder holder;
     Globals& globals = holder.globals();
-    globals.gobjOPane = clsOPane::create();
+    holder.adopt(clsOPane::create());
     globals.gintCommPort = 2;
-    clsOPane& link = *globals.gobjOPane;
+    clsOPane& link = *holder.link();
     EXPECT_FALSE(link.IsOpen());
     EXPECT_EQ(link.Timeout(), 1000);
     link.Initialize();
@@ -72,7 +72,7 @@ TEST(PortSettings, AMissingPortLeavesItClosedAndTheNumberStored) {
 
 TEST(Link, ACommandWithoutALogIsRefusedBeforeAnythingIsSent) {
     LinkBench bench;
-    bench.holder.globals().gobjLog.reset();
+    bench.holder.adopt(std::shared_ptr<clsLog>());
     EXPECT_EQ(raisedNumber([&] { bench.link().OPaneCmd_Clear(0); }), 91);
     EXPECT_TRUE(bench.module.frames().empty());
 }

@@ -143,7 +143,7 @@ class Command : public testing::TestWithParam<CommandCase> {};
 
 TEST_P(Command, LogsSendsAndDecodes) {
     LinkBench bench;
-    threadGlobals()->gobjLog->LogLevel(2);
+    threadLog()->LogLevel(2);
     const CommandCase& row = GetParam();
     const ByteArray sent = bytes(row.sent);
     const ByteArray info = bytes(row.info);
@@ -294,7 +294,7 @@ INSTANTIATE_TEST_SUITE_P(Outputs, FailedCommand,
 
 TEST(WriteStatus, SendsFiveFramesInOrderAndStopsAtTheFirstFailure) {
     LinkBench bench;
-    threadGlobals()->gobjLog->LogLevel(2);
+    threadLog()->LogLevel(2);
     const auto pairs = [&bench] {
         std::vector<std::pair<int, int>> result;
         for (const auto& frame : bench.module.frames())

@@ -74,8 +74,8 @@ protected:
     DisplayBMP() {
         std::int16_t status = 1;
         object.Synchronize(1, 9600, 3, status);
-        threadGlobals()->gobjLog->LogLevel(2);
-        threadGlobals()->gobjLog->writer(std::make_unique<RecordingWriter>(log));
+        threadLog()->LogLevel(2);
+        threadLog()->writer(std::make_unique<RecordingWriter>(log));
     }
 
     std::int16_t show(const std::string& bytes) {

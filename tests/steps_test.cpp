@@ -63,12 +63,12 @@ protected:
         bench.services->makeSerialControl = [this] {
             return std::make_unique<NotedControl>(std::make_unique<MemorySerialControl>(bench.line), notes);
         };
-        bench.holder.globals().gobjOPane = clsOPane::create();
+        bench.holder.adopt(clsOPane::create());
         EXPECT_EQ(notes, "binary ");
         notes.clear();
         link().Initialize();
         link().CommunicationType("RS232");
-        threadGlobals()->gobjLog->writer(std::make_unique<NotedLines>(notes));
+        threadLog()->writer(std::make_unique<NotedLines>(notes));
         bench.scripted();
     }
 
@@ -158,7 +158,7 @@ TEST_F(Steps, TheLongestTimeOutIsWaitedFor) {
 TEST_F(Steps, AHostEventMayReleaseTheLinkInAHandshake) {
     bench.script.answers = {{0x18}};
     clsOPane& released = link();
-    bench.services->eventHook = [&] { bench.holder.globals().gobjOPane.reset(); };
+    bench.services->eventHook = [&] { bench.holder.adopt(std::shared_ptr<clsOPane>()); };
     EXPECT_TRUE(released.SendSynchronizeCharacter(3));
     EXPECT_EQ(bench.line.portEvents.back(), "close") << "it has ended behind the call";
 }

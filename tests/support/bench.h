@@ -47,20 +47,20 @@ public:
 class LinkBench : public Bench {
 public:
     explicit LinkBench(simulator::ModuleOptions options = {}) : Bench(std::move(options)) {
-        holder.globals().gobjOPane = clsOPane::create();
-        holder.globals().gobjLog = std::make_shared<clsLog>();
+        holder.adopt(clsOPane::create());
+        holder.adopt(std::make_shared<clsLog>());
         holder.globals().gintCommPort = 1;
         link().Initialize();
         link().CommunicationType("RS232");
         recordLog();
     }
 
-    clsOPane& link() { return *holder.globals().gobjOPane; }
+    clsOPane& link() { return *holder.link(); }
 
     /// Keeps every line of the thread's log from now on.
     void recordLog() {
-        threadGlobals()->gobjLog->LogLevel(3);
-        threadGlobals()->gobjLog->writer(std::make_unique<RecordingWriter>(log));
+        threadLog()->LogLevel(3);
+        threadLog()->writer(std::make_unique<RecordingWriter>(log));
     }
 
     /// Puts a scripted peer at the other end.

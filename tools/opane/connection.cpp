@@ -30,7 +30,7 @@ Connection::Connection(Session& session, const Arguments& arguments)
     object_ = std::make_unique<clsOPaneCommDLL>();
     link_ = threadLink();
     link_->observer(&watcher_);
-    setLog(arguments_, *threadGlobals()->gobjLog);
+    setLog(arguments_, *threadLog());
 }
 
 Connection::~Connection() {

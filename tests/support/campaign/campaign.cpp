@@ -207,16 +207,16 @@ public:
         services_->makeSerialControl = [this] {
             return watchedControl(carrier_.control(line_, time_), time_, watched_);
         };
-        holder_.globals().gobjOPane = clsOPane::create();
-        holder_.globals().gobjLog = std::make_shared<clsLog>();
-        holder_.globals().gobjLog->LogLevel(3);
-        holder_.globals().gobjLog->writer(std::make_unique<RecordingWriter>(log_));
+        holder_.adopt(clsOPane::create());
+        holder_.adopt(std::make_shared<clsLog>());
+        threadLog()->LogLevel(3);
+        threadLog()->writer(std::make_unique<RecordingWriter>(log_));
         holder_.globals().gintCommPort = 1;
         link().Initialize();
         link().CommunicationType(tried.onBus ? "RS485" : "RS232");
     }
 
-    clsOPane& link() { return *holder_.globals().gobjOPane; }
+    clsOPane& link() { return *holder_.link(); }
 
     /// @return whether the module answered
     bool connect(std::int32_t baudRate) {
