@@ -17,7 +17,7 @@ CannedDevice::CannedDevice(std::size_t requestBytes, std::vector<std::uint8_t> a
 
 CannedDevice::~CannedDevice() {
     const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = ::write(stop_.number(), &one, sizeof one);
+    [[maybe_unused]] const auto written = ::write(stop_.get(), &one, sizeof one);
     thread_.join();
 }
 
@@ -25,7 +25,7 @@ void CannedDevice::serve() {
     const std::array<std::uint8_t, 1> handshake{kHandshakeAnswer};
     std::size_t heard = 0;
     for (;;) {
-        std::array<pollfd, 2> sources{{{terminal_.descriptor(), POLLIN, 0}, {stop_.number(), POLLIN, 0}}};
+        std::array<pollfd, 2> sources{{{terminal_.descriptor(), POLLIN, 0}, {stop_.get(), POLLIN, 0}}};
         ::poll(sources.data(), sources.size(), -1);
         if ((sources[1].revents & POLLIN) != 0)
             return;

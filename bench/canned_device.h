@@ -31,7 +31,7 @@ private:
     std::size_t requestBytes_;
     std::vector<std::uint8_t> answer_;
     simulator::PseudoTerminal terminal_;
-    simulator::Descriptor stop_;
+    FileDescriptor stop_;
     std::thread thread_;
 };
 

@@ -25,7 +25,6 @@
 namespace opane::bench {
 namespace {
 
-using simulator::Descriptor;
 using simulator::Micros;
 
 constexpr Micros kNothingDue = std::numeric_limits<Micros>::max();
@@ -49,31 +48,31 @@ struct Farmed {
         : module({.baudRate = baudRate, .pace = paced}),
           master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
         std::array<char, 64> path{};
-        if (master.number() < 0 || grantpt(master.number()) != 0 || unlockpt(master.number()) != 0 ||
-            ptsname_r(master.number(), path.data(), path.size()) != 0)
+        if (master.get() < 0 || grantpt(master.get()) != 0 || unlockpt(master.get()) != 0 ||
+            ptsname_r(master.get(), path.data(), path.size()) != 0)
             _exit(1);
         name = path.data();
-        slave = Descriptor(open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+        slave = FileDescriptor(open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
         termios mode{};
-        tcgetattr(slave.number(), &mode);
+        tcgetattr(slave.get(), &mode);
         cfmakeraw(&mode);
-        tcsetattr(slave.number(), TCSANOW, &mode);
+        tcsetattr(slave.get(), TCSANOW, &mode);
     }
 
     void hear() {
         std::array<std::uint8_t, 4096> bytes{};
-        const auto count = read(master.number(), bytes.data(), bytes.size());
+        const auto count = read(master.get(), bytes.data(), bytes.size());
         if (count > 0)
             module.receive(std::span(bytes.data(), static_cast<std::size_t>(count)), now());
     }
     void say() {
         const auto bytes = module.takeOutput(now());
-        [[maybe_unused]] const auto written = bytes.empty() ? 0 : write(master.number(), bytes.data(), bytes.size());
+        [[maybe_unused]] const auto written = bytes.empty() ? 0 : write(master.get(), bytes.data(), bytes.size());
     }
 
     simulator::SimulatedModule module;
-    Descriptor master;
-    Descriptor slave;
+    FileDescriptor master;
+    FileDescriptor slave;
     std::string name;
 };
 
@@ -89,7 +88,7 @@ struct Farmed {
         epoll_event event{};
         event.events = EPOLLIN;
         event.data.u64 = static_cast<std::uint64_t>(i);
-        epoll_ctl(poll, EPOLL_CTL_ADD, farmed.master.number(), &event);
+        epoll_ctl(poll, EPOLL_CTL_ADD, farmed.master.get(), &event);
         paths += farmed.name + '\n';
     }
     if (write(pathPipe, paths.data(), paths.size()) < 0)

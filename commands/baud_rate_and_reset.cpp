@@ -21,8 +21,6 @@ constexpr auto kPortLost =
 
 constexpr std::int32_t kRateAfterReset = 9600;
 constexpr std::int32_t kResetMs = 1000;  // a module takes that long to start again
-constexpr std::int16_t kResetModule = 0;
-constexpr std::int16_t kResetLightControl = 1;
 
 struct RateCode {
     std::uint8_t code;

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "shared/screen_geometry.h"
+
 namespace opane {
 
 /// What the commands of the module differ in (docs/wire.md, "Commands").
@@ -19,14 +21,9 @@ struct BlockCommand : Command {
     std::int16_t lastColumn;
 };
 
-/// A command that reads or writes a range of an EEPROM.
-struct EepromCommand : Command {
-    std::int16_t size;  ///< of the EEPROM, bytes
-};
-
 inline constexpr Command kAffData{1, "AffData", 120};
-inline constexpr BlockCommand kAffBloc1{{3, "AffBloc1", 8}, 7, 14};
-inline constexpr BlockCommand kAffBloc4{{4, "AffBloc4", 32}, 6, 13};
+inline constexpr BlockCommand kAffBloc1{{3, "AffBloc1", 8}, kTextLines - 1, kBlockColumns - 1};
+inline constexpr BlockCommand kAffBloc4{{4, "AffBloc4", 32}, kTextLines - 2, kBlockColumns - 2};
 inline constexpr Command kCadre{5, "Cadre"};
 inline constexpr Command kClear{6, "Clear"};
 inline constexpr Command kReset{7, "Reset"};
@@ -34,8 +31,8 @@ inline constexpr Command kVersion{8, "Version"};
 inline constexpr Command kReadStatus{9, "ReadStatus"};
 inline constexpr Command kWriteStatus{10, "WriteStatus"};
 inline constexpr Command kReadADC{11, "ReadADC"};
-inline constexpr EepromCommand kReadEEPROMUser{{12, "ReadEEPROMUser", 1}, 512};
-inline constexpr EepromCommand kWriteEEPROMUser{{13, "WriteEEPROMUser"}, 512};
+inline constexpr Command kReadEEPROMUser{12, "ReadEEPROMUser", 1};
+inline constexpr Command kWriteEEPROMUser{13, "WriteEEPROMUser"};
 inline constexpr Command kRS232Baudrate{14, "RS232Baudrate"};
 inline constexpr Command kReadSED1530{16, "ReadSED1530"};
 inline constexpr Command kWriteSED1530{17, "WriteSED1530", 1};
@@ -44,7 +41,7 @@ inline constexpr Command kWriteVert{19, "WriteVert"};
 inline constexpr Command kWriteRouge{20, "WriteRouge"};
 inline constexpr Command kReadVert{21, "ReadVert"};
 inline constexpr Command kReadRouge{22, "ReadRouge"};
-inline constexpr EepromCommand kReadEEPROMSystem{{32, "ReadEEPROMSystem", 1}, 1024};
-inline constexpr EepromCommand kWriteEEPROMSystem{{33, "WriteEEPROMSystem"}, 1024};
+inline constexpr Command kReadEEPROMSystem{32, "ReadEEPROMSystem", 1};
+inline constexpr Command kWriteEEPROMSystem{33, "WriteEEPROMSystem"};
 
 }  // namespace opane

@@ -1,3 +1,5 @@
+#include "commands/eeprom.h"
+
 #include <string>
 
 #include "commands/command_run.h"
@@ -5,11 +7,10 @@
 namespace opane {
 namespace {
 
-constexpr std::int16_t kMostBytes = 128;  // of one range
-
 /// Whether the range lies in the EEPROM. A negative address or length is found at its conversion.
-bool isRange(const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData) {
-    return intLengthOfData != 0 && intLengthOfData <= kMostBytes && intBaseAdress <= command.size - intLengthOfData;
+bool isRange(const Eeprom& eeprom, std::int16_t intBaseAdress, std::int16_t intLengthOfData) {
+    return intLengthOfData != 0 && intLengthOfData <= static_cast<std::int16_t>(kMostEepromBytes) &&
+           intBaseAdress <= static_cast<std::int32_t>(eeprom.size) - intLengthOfData;
 }
 
 bool runOnRange(CommandRun& run, std::int16_t intBaseAdress, std::int16_t intLengthOfData, const ByteArray& data,
@@ -23,18 +24,18 @@ bool runOnRange(CommandRun& run, std::int16_t intBaseAdress, std::int16_t intLen
     return run.sendData(low, high, data, receivedInfo);
 }
 
-bool readEeprom(clsOPane& link, const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                ByteArray& arrbytReturnedData) {
-    if (!isRange(command, intBaseAdress, intLengthOfData))
+bool readEeprom(clsOPane& link, const Eeprom& eeprom, const Command& command, std::int16_t intBaseAdress,
+                std::int16_t intLengthOfData, ByteArray& arrbytReturnedData) {
+    if (!isRange(eeprom, intBaseAdress, intLengthOfData))
         return false;
     const ByteArray data{frameByte(intLengthOfData, "length")};  // before any log line
     CommandRun run(link, command);
     return runOnRange(run, intBaseAdress, intLengthOfData, data, arrbytReturnedData, false);
 }
 
-bool writeEeprom(clsOPane& link, const EepromCommand& command, std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                 const ByteArray& arrbytDataToWrite) {
-    if (!isRange(command, intBaseAdress, intLengthOfData) || intLengthOfData < 0 ||
+bool writeEeprom(clsOPane& link, const Eeprom& eeprom, const Command& command, std::int16_t intBaseAdress,
+                 std::int16_t intLengthOfData, const ByteArray& arrbytDataToWrite) {
+    if (!isRange(eeprom, intBaseAdress, intLengthOfData) || intLengthOfData < 0 ||
         arrbytDataToWrite.size() != static_cast<std::size_t>(intLengthOfData))
         return false;
     CommandRun run(link, command);
@@ -47,22 +48,22 @@ bool writeEeprom(clsOPane& link, const EepromCommand& command, std::int16_t intB
 
 bool clsOPane::OPaneCmd_ReadEEPROMSystem(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
                                          ByteArray& arrbytReturnedData) {
-    return readEeprom(*this, kReadEEPROMSystem, intBaseAdress, intLengthOfData, arrbytReturnedData);
+    return readEeprom(*this, kSystemEeprom, kReadEEPROMSystem, intBaseAdress, intLengthOfData, arrbytReturnedData);
 }
 
 bool clsOPane::OPaneCmd_ReadEEPROMUser(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
                                        ByteArray& arrbytReturnedData) {
-    return readEeprom(*this, kReadEEPROMUser, intBaseAdress, intLengthOfData, arrbytReturnedData);
+    return readEeprom(*this, kUserEeprom, kReadEEPROMUser, intBaseAdress, intLengthOfData, arrbytReturnedData);
 }
 
 bool clsOPane::OPaneCmd_WriteEEPROMSystem(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
                                           const ByteArray& arrbytDataToWrite) {
-    return writeEeprom(*this, kWriteEEPROMSystem, intBaseAdress, intLengthOfData, arrbytDataToWrite);
+    return writeEeprom(*this, kSystemEeprom, kWriteEEPROMSystem, intBaseAdress, intLengthOfData, arrbytDataToWrite);
 }
 
 bool clsOPane::OPaneCmd_WriteEEPROMUser(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
                                         const ByteArray& arrbytDataToWrite) {
-    return writeEeprom(*this, kWriteEEPROMUser, intBaseAdress, intLengthOfData, arrbytDataToWrite);
+    return writeEeprom(*this, kUserEeprom, kWriteEEPROMUser, intBaseAdress, intLengthOfData, arrbytDataToWrite);
 }
 
 }  // namespace opane

@@ -115,7 +115,9 @@ public:
     /// Shows a square of four blocks by its top-left one. @param intLigne 0..6 @param intColonne 0..13
     /// @param arrbytData 32 row bytes, passed on in their order
     bool OPaneCmd_AffBloc4(std::int16_t intLigne, std::int16_t intColonne, const ByteArray& arrbytData);
-    /// Draws the frame around the screen. @param intPattern 0..255; 255 draws it, 0 removes it
+    static constexpr std::int16_t kFrameDrawn = 255;
+    static constexpr std::int16_t kNoFrame = 0;
+    /// Draws the frame around the screen. @param intPattern 0..255; kFrameDrawn draws it, kNoFrame removes it
     bool OPaneCmd_Cadre(std::int16_t intPattern);
     /// Clears the screen with a pattern. @param intPattern 0..255, every row byte's new value
     bool OPaneCmd_Clear(std::int16_t intPattern);
@@ -174,6 +176,8 @@ public:
     /// @param lngNewBaudrate  1200, 2400, 4800, 9600, 19200, 38400 or 57600
     /// @param intQuartzType   crystal of the module, 1 to 3
     bool OPaneCmd_RS232Baudrate(std::int32_t lngNewBaudrate, std::int16_t intQuartzType);
+    static constexpr std::int16_t kResetModule = 0;
+    static constexpr std::int16_t kResetLightControl = 1;
     /// Resets the module (0), which then runs at 9600 baud: the port follows and does a handshake after 1000 ms, in
     /// which no host events run; or its light control (1). False when the exchange failed, for any other type, which is
     /// sent, and with a message box when the port does not open at 9600 baud or the module does not answer there.

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "commands/eeprom.h"
 #include "panel/frmOPane.h"
 #include "panel/number_text.h"
 #include "panel/panel_texts.h"
@@ -13,23 +14,19 @@
 namespace opane {
 namespace {
 
-constexpr std::size_t kBlockBytes = 128;  // the most that one command takes
-constexpr std::size_t kLineBytes = 16;    // of a text
+constexpr std::size_t kLineBytes = 16;  // of a text
 constexpr auto kLineEnd = "\r\n";
 
-struct Eeprom {
-    std::string name;
-    std::size_t blocks;
-    bool (clsOPane::*read)(std::int16_t intBaseAdress, std::int16_t intLengthOfData, ByteArray& arrbytReturnedData);
-    bool (clsOPane::*write)(std::int16_t intBaseAdress, std::int16_t intLengthOfData,
-                            const ByteArray& arrbytDataToWrite);
-};
-
-const Eeprom kUser{"User EEPROM", 4, &clsOPane::OPaneCmd_ReadEEPROMUser, &clsOPane::OPaneCmd_WriteEEPROMUser};
-const Eeprom kSystem{"System EEPROM", 8, &clsOPane::OPaneCmd_ReadEEPROMSystem, &clsOPane::OPaneCmd_WriteEEPROMSystem};
-
 const Eeprom& chosenEeprom(const frmOPane& form) {
-    return form.optEEPROMType.selected() == 0 ? kUser : kSystem;
+    return form.optEEPROMType.selected() == 0 ? kUserEeprom : kSystemEeprom;
+}
+
+std::string nameOf(const Eeprom& eeprom) {
+    return &eeprom == &kUserEeprom ? "User EEPROM" : "System EEPROM";
+}
+
+std::size_t blocksOf(const Eeprom& eeprom) {
+    return eeprom.size / kMostEepromBytes;
 }
 
 /// Reads a range. What comes short of its length counts as not read, what is beyond it is dropped.
@@ -52,21 +49,21 @@ struct BlockResults {
 /// @param atBlock  its argument is the block's base address, its result whether it succeeded
 template <class AtBlock>
 BlockResults forEachBlock(window::Form& form, const Eeprom& eeprom, const char* what, AtBlock atBlock) {
-    window::LongWork work(form, what + eeprom.name, static_cast<int>(eeprom.blocks));
+    window::LongWork work(form, what + nameOf(eeprom), static_cast<int>(blocksOf(eeprom)));
     BlockResults results;
-    for (std::size_t block = 0; block < eeprom.blocks; ++block) {
+    for (std::size_t block = 0; block < blocksOf(eeprom); ++block) {
         if (!work.advance(static_cast<int>(block)))
             return {results.good, false, true};
-        results.last = atBlock(static_cast<std::int16_t>(block * kBlockBytes));
+        results.last = atBlock(static_cast<std::int16_t>(block * kMostEepromBytes));
         results.good += results.last ? 1 : 0;
     }
-    results.cancelled = !work.advance(static_cast<int>(eeprom.blocks));
+    results.cancelled = !work.advance(static_cast<int>(blocksOf(eeprom)));
     return results;
 }
 
 std::string dumpLines(const std::optional<ByteArray>& block) {
     std::string text;
-    for (std::size_t i = 0; i < kBlockBytes; ++i) {
+    for (std::size_t i = 0; i < kMostEepromBytes; ++i) {
         text += block ? hexByteText((*block)[i]) : "--";
         text += ' ';
         if (i % kLineBytes == kLineBytes - 1)
@@ -114,10 +111,10 @@ void frmOPane::cmdReadAllEEPROM_Click() {
     const Eeprom& eeprom = chosenEeprom(*this);
     std::vector<std::optional<ByteArray>> blocks;
     const BlockResults results = forEachBlock(*this, eeprom, "Reading the ", [&](std::int16_t base) {
-        blocks.push_back(readRange(*link, eeprom, base, kBlockBytes));
+        blocks.push_back(readRange(*link, eeprom, base, kMostEepromBytes));
         return blocks.back().has_value();
     });
-    blocks.resize(eeprom.blocks);
+    blocks.resize(blocksOf(eeprom));
     std::string strDump;
     for (const auto& block : blocks)
         strDump += dumpLines(block);
@@ -134,15 +131,15 @@ void frmOPane::cmdSaveBINFile_Click() {
     }
     checkWholeFile(strFileName);  // before the EEPROM is read; what is there stays until all has been read
     ByteArray image;
-    const BlockResults results = forEachBlock(*this, kSystem, "Saving the ", [&](std::int16_t base) {
-        const auto block = readRange(*link, kSystem, base, kBlockBytes);
+    const BlockResults results = forEachBlock(*this, kSystemEeprom, "Saving the ", [&](std::int16_t base) {
+        const auto block = readRange(*link, kSystemEeprom, base, kMostEepromBytes);
         if (block)
             image.insert(image.end(), block->begin(), block->end());
         return block.has_value();
     });
     if (results.cancelled)
         panel::refuse(panel_texts::kSaveCancelled, panel_texts::kEepromTitle);
-    else if (results.good != kSystem.blocks)
+    else if (results.good != blocksOf(kSystemEeprom))
         panel::refuse(panel_texts::kNothingSaved, panel_texts::kEepromTitle);
     else
         writeWholeFile(strFileName, image);
@@ -156,16 +153,15 @@ void frmOPane::cmdWriteAllEEPROM_Click() {
         DisplayCommandStatus(false);
         return;
     }
-    constexpr std::size_t kImageBytes = 1024;
-    const ByteArray image = readFile(strFileName, kImageBytes + 1);
-    if (image.size() != kImageBytes)
+    const ByteArray image = readFile(strFileName, kSystemEeprom.size + 1);
+    if (image.size() != kSystemEeprom.size)
         return panel::refuse(panel_texts::kImageSize, panel_texts::kEepromTitle);
-    const BlockResults results = forEachBlock(*this, kSystem, "Writing the ", [&](std::int16_t base) {
+    const BlockResults results = forEachBlock(*this, kSystemEeprom, "Writing the ", [&](std::int16_t base) {
         const auto block = image.begin() + base;
-        return (*link.*kSystem.write)(base, kBlockBytes, ByteArray(block, block + kBlockBytes));
+        return (*link.*kSystemEeprom.write)(base, kMostEepromBytes, ByteArray(block, block + kMostEepromBytes));
     });
-    if (results.good != kSystem.blocks)
-        panel::refuse(("Only " + std::to_string(results.good) + " of " + std::to_string(kSystem.blocks) +
+    if (results.good != blocksOf(kSystemEeprom))
+        panel::refuse(("Only " + std::to_string(results.good) + " of " + std::to_string(blocksOf(kSystemEeprom)) +
                        " blocks of the System EEPROM were written.")
                           .c_str(),
                       panel_texts::kEepromTitle);

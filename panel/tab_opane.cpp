@@ -8,8 +8,6 @@ namespace opane {
 namespace {
 
 constexpr std::int16_t kQuartzType = 2;  // of every module that the panel is used on
-constexpr std::int16_t kResetModule = 0;
-constexpr std::int16_t kResetLightControl = 1;
 constexpr int kIndexOf9600 = 3;
 
 constexpr std::int16_t kLargestByte = 0xFF;
@@ -30,7 +28,7 @@ void frmOPane::cmdChangeBaudrate_Click() {
 }
 
 void frmOPane::cmdResetModule_Click() {
-    if (panel::Link()->OPaneCmd_Reset(kResetModule)) {
+    if (panel::Link()->OPaneCmd_Reset(clsOPane::kResetModule)) {
         showSynchronized("");
         cmbBaudrate.select(kIndexOf9600);
         DisplayCommandStatus(true);
@@ -40,7 +38,7 @@ void frmOPane::cmdResetModule_Click() {
 }
 
 void frmOPane::cmdResetLumControl_Click() {
-    DisplayCommandStatus(panel::Link()->OPaneCmd_Reset(kResetLightControl));
+    DisplayCommandStatus(panel::Link()->OPaneCmd_Reset(clsOPane::kResetLightControl));
 }
 
 void frmOPane::cmdReadSED1530_Click() {

@@ -20,9 +20,6 @@ constexpr std::array<StatusPair, flagCount> kPairs{
     StatusPair{&PanelControls::optCadre, 1},      StatusPair{&PanelControls::optLCD, 0},
     StatusPair{&PanelControls::optLumControl, 1}, StatusPair{&PanelControls::optVlcdControl, 1}};
 
-constexpr std::int16_t kDrawFrame = 255;
-constexpr std::int16_t kRemoveFrame = 0;
-
 }  // namespace
 
 void frmOPane::cmdReadStatus_Click() {
@@ -39,7 +36,7 @@ void frmOPane::cmdWriteStatus_Click() {
     for (std::size_t flag = 0; flag < flagCount; ++flag)
         flags[flag] = (this->*kPairs[flag].options).selected() == kPairs[flag].whenTrue;
     const panel::Link link;
-    link->OPaneCmd_Cadre(flags[cadreOn] ? kDrawFrame : kRemoveFrame);  // its result is not shown
+    link->OPaneCmd_Cadre(flags[cadreOn] ? clsOPane::kFrameDrawn : clsOPane::kNoFrame);  // its result is not shown
     DisplayCommandStatus(link->OPaneCmd_WriteStatus(flags[upSideDown], flags[invertedDisplay], flags[lcdOn],
                                                     flags[automaticBacklight], flags[automaticVlcd]));
 }

@@ -34,9 +34,9 @@ struct Address {
     socklen_t length = 0;
 };
 
-Descriptor newSocket() {
-    Descriptor made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (made.number() < 0)
+FileDescriptor newSocket() {
+    FileDescriptor made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (made.get() < 0)
         throw std::runtime_error(std::string("the system gives no socket: ") + std::strerror(errno));
     return made;
 }
@@ -51,24 +51,24 @@ std::string claimName(const std::string& purpose, const std::filesystem::path& f
            file.filename().string();
 }
 
-Descriptor claim(const std::string& name) {
+FileDescriptor claim(const std::string& name) {
     const Address address(name);
-    Descriptor held = newSocket();
-    if (::bind(held.number(), address.get(), address.length) == 0 && ::listen(held.number(), SOMAXCONN) == 0)
+    FileDescriptor held = newSocket();
+    if (::bind(held.get(), address.get(), address.length) == 0 && ::listen(held.get(), SOMAXCONN) == 0)
         return held;
     if (errno == EADDRINUSE)
-        return Descriptor();
+        return FileDescriptor();
     throw std::runtime_error(std::string("the system gives no claim: ") + std::strerror(errno));
 }
 
 std::optional<int> claimant(const std::string& name) {
     const Address address(name);
-    const Descriptor asking = newSocket();
-    if (::connect(asking.number(), address.get(), address.length) != 0)
+    const FileDescriptor asking = newSocket();
+    if (::connect(asking.get(), address.get(), address.length) != 0)
         return errno == ECONNREFUSED ? std::nullopt : std::optional(0);
     ucred holder{};
     socklen_t size = sizeof holder;
-    return ::getsockopt(asking.number(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0 ? holder.pid : 0;
+    return ::getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0 ? holder.pid : 0;
 }
 
 }  // namespace opane::simulator

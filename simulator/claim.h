@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "simulator/descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace opane::simulator {
 
@@ -20,7 +20,7 @@ std::string claimName(const std::string& purpose, const std::filesystem::path& f
 /// Takes it.
 /// @return without a number when somebody has it
 /// @throws std::runtime_error when the system gives none
-Descriptor claim(const std::string& name);
+FileDescriptor claim(const std::string& name);
 
 /// The process that has it; 0 when the system does not tell, nothing when nobody has it.
 std::optional<int> claimant(const std::string& name);

@@ -39,7 +39,7 @@ EepromFile::EepromFile(const std::string& what, const std::string& path, std::si
         checkWholeFile(path);
         const std::string name = claimName("opane-sim EEPROM", fs::weakly_canonical(fs::absolute(linkTarget(path))));
         claim_ = claim(name);
-        if (claim_.number() < 0) {
+        if (claim_.get() < 0) {
             const int process = claimant(name).value_or(0);
             throw std::runtime_error("another simulated module keeps one there" +
                                      (process > 0 ? ", of process " + std::to_string(process) : std::string()));

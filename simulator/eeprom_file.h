@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace opane::simulator {
 
@@ -30,7 +30,7 @@ public:
 
 private:
     std::string path_;
-    Descriptor claim_;
+    FileDescriptor claim_;
     std::vector<std::uint8_t> contents_;
     bool isThere_ = false;
 };

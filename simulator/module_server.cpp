@@ -35,7 +35,7 @@ timespec duration(Micros micros) {
 
 ModuleServer::ModuleServer(SimulatedModule& module, PseudoTerminal& terminal)
     : module_(module), terminal_(terminal), wakeUp_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-    if (wakeUp_.number() < 0)
+    if (wakeUp_.get() < 0)
         throw std::runtime_error("the system gives no event descriptor");
 }
 
@@ -64,7 +64,7 @@ std::string ModuleServer::devicePath() {
 
 void ModuleServer::wake() {
     const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = ::write(wakeUp_.number(), &one, sizeof one);
+    [[maybe_unused]] const auto written = ::write(wakeUp_.get(), &one, sizeof one);
 }
 
 // Whether the device has gone or come.
@@ -96,7 +96,7 @@ void ModuleServer::waitForSomething() {
         dueAt = module_.nextOutputAt();
     }
     const auto hearsAt = hearsAgainAt();
-    std::array<pollfd, 3> sources{{{wakeUp_.number(), POLLIN, 0},
+    std::array<pollfd, 3> sources{{{wakeUp_.get(), POLLIN, 0},
                                    {hearsAt ? -1 : terminal_.descriptor(), POLLIN, 0},  // -1: passed over
                                    {terminal_.leavings(), POLLIN, 0}}};
     if (hearsAt)
@@ -108,7 +108,7 @@ void ModuleServer::waitForSomething() {
         }
 
     std::uint64_t wakes = 0;
-    [[maybe_unused]] const auto taken = ::read(wakeUp_.number(), &wakes, sizeof wakes);
+    [[maybe_unused]] const auto taken = ::read(wakeUp_.get(), &wakes, sizeof wakes);
 }
 
 bool ModuleServer::hear() {

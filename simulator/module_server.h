@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "simulator/descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/simulated_module.h"
 
@@ -60,7 +60,7 @@ private:
     std::function<void()> heard_;
     std::mutex mutex_;  // module and terminal
     std::atomic<bool> stopping_ = false;
-    Descriptor wakeUp_;  // an eventfd
+    FileDescriptor wakeUp_;  // an eventfd
 };
 
 }  // namespace opane::simulator

@@ -31,10 +31,10 @@ namespace fs = std::filesystem;
     throw std::runtime_error(what + ": " + reason);
 }
 
-Descriptor opened(const std::string& what, int number) {
+FileDescriptor opened(const std::string& what, int number) {
     if (number < 0)
         fail("cannot open " + what);
-    return Descriptor(number);
+    return FileDescriptor(number);
 }
 
 void setRaw(int slave) {
@@ -67,15 +67,15 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
 
 /// For as long as the link is ours, also while the device is unplugged and there is none. Two that start at once cannot
 /// both have it.
-Descriptor claimed(const fs::path& link) {
+FileDescriptor claimed(const fs::path& link) {
     std::string name;
     try {
         name = claimName("opane-sim link", link);
     } catch (const std::runtime_error& error) {
         failLink(link, error.what());
     }
-    Descriptor held = claim(name);
-    if (held.number() < 0) {
+    FileDescriptor held = claim(name);
+    if (held.get() < 0) {
         const int process = claimant(name).value_or(0);
         failLink(link, "another simulated module has it" +
                            (process > 0 ? ", of process " + std::to_string(process) : std::string()));
@@ -108,23 +108,23 @@ PseudoTerminal::~PseudoTerminal() {
 // Without its link: the system soon gives the device's name to somebody else's terminal.
 void PseudoTerminal::close() {
     removeLink();
-    master_ = Descriptor();
-    slave_ = Descriptor();
-    watch_ = Descriptor();
+    master_ = FileDescriptor();
+    slave_ = FileDescriptor();
+    watch_ = FileDescriptor();
 }
 
 void PseudoTerminal::reopen() {
     auto master = opened("a pseudo-terminal", ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     std::array<char, 64> name{};
-    if (::grantpt(master.number()) != 0 || ::unlockpt(master.number()) != 0 ||
-        ::ptsname_r(master.number(), name.data(), name.size()) != 0)
+    if (::grantpt(master.get()) != 0 || ::unlockpt(master.get()) != 0 ||
+        ::ptsname_r(master.get(), name.data(), name.size()) != 0)
         fail("cannot set up a pseudo-terminal");
     const std::string path = name.data();
 
     auto slave = opened(path, ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    setRaw(slave.number());
+    setRaw(slave.get());
     auto watch = opened("a watch", ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    if (::inotify_add_watch(watch.number(), path.c_str(), IN_CLOSE) < 0)
+    if (::inotify_add_watch(watch.get(), path.c_str(), IN_CLOSE) < 0)
         fail("cannot watch " + path);
 
     close();
@@ -146,7 +146,7 @@ int PseudoTerminal::hostBaudRate() const {
                                                              {B38400, 38400},
                                                              {B57600, 57600}}};
     termios settings{};
-    if (::tcgetattr(master_.number(), &settings) != 0)
+    if (::tcgetattr(master_.get(), &settings) != 0)
         return 0;
     const speed_t speed = ::cfgetospeed(&settings);
     for (const auto& [code, rate] : kRates)
@@ -157,40 +157,40 @@ int PseudoTerminal::hostBaudRate() const {
 
 std::vector<std::uint8_t> PseudoTerminal::read() {
     std::vector<std::uint8_t> bytes(4096);
-    const auto count = ::read(master_.number(), bytes.data(), bytes.size());
+    const auto count = ::read(master_.get(), bytes.data(), bytes.size());
     bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
     return bytes;
 }
 
 void PseudoTerminal::write(std::span<const std::uint8_t> bytes) {
-    [[maybe_unused]] const auto written = ::write(master_.number(), bytes.data(), bytes.size());
+    [[maybe_unused]] const auto written = ::write(master_.get(), bytes.data(), bytes.size());
 }
 
 void PseudoTerminal::noteLeavings() {
     alignas(inotify_event) std::array<char, 4096> events{};
     bool anyGone = false;
-    while (::read(watch_.number(), events.data(), events.size()) > 0)
+    while (::read(watch_.get(), events.data(), events.size()) > 0)
         anyGone = true;
     // The search for hosts goes through all that is open on the machine, while a host that has come back since may be
     // waiting for its answer: only where there is something to clear, and no host shows itself by its lock.
     if (anyGone && hasLeftSomething() && !isLocked() && !hasHost()) {
-        ::ioctl(slave_.number(), TIOCNXCL);
-        ::tcflush(slave_.number(), TCIFLUSH);
+        ::ioctl(slave_.get(), TIOCNXCL);
+        ::tcflush(slave_.get(), TCIFLUSH);
     }
 }
 
 bool PseudoTerminal::hasLeftSomething() const {
     int exclusive = 0;
     int unread = 0;
-    ::ioctl(slave_.number(), TIOCGEXCL, &exclusive);
-    ::ioctl(slave_.number(), FIONREAD, &unread);
+    ::ioctl(slave_.get(), TIOCGEXCL, &exclusive);
+    ::ioctl(slave_.get(), FIONREAD, &unread);
     return exclusive != 0 || unread > 0;
 }
 
 // Whether a host holds a lock on the device, as the system tells it: device and inode of each locked file.
 bool PseudoTerminal::isLocked() const {
     struct stat device {};
-    if (::fstat(slave_.number(), &device) != 0)
+    if (::fstat(slave_.get(), &device) != 0)
         return false;
     std::array<char, 64> own{};
     std::snprintf(own.data(), own.size(), "%02x:%02x:%ju", major(device.st_dev), minor(device.st_dev),
@@ -206,7 +206,7 @@ bool PseudoTerminal::isLocked() const {
 // Whether anyone has the device open besides our own slave_. The watch cannot count them: equal events in a row are
 // told once.
 bool PseudoTerminal::hasHost() const {
-    const fs::path own = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(slave_.number());
+    const fs::path own = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(slave_.get());
     for (const fs::path& process : entriesOf("/proc")) {
         const bool isNumber = process.filename().string().find_first_not_of("0123456789") == std::string::npos;
         for (const fs::path& open : isNumber ? entriesOf(process / "fd") : std::vector<fs::path>{})

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace opane::simulator {
 
@@ -25,7 +25,7 @@ public:
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
     const std::string& path() const { return path_; }  ///< of the device that the host opens; keeps it when closed
-    bool isOpen() const { return master_.number() >= 0; }
+    bool isOpen() const { return master_.get() >= 0; }
 
     void close();   ///< the device vanishes, and the link with it; a host that has it open reads its end
     void reopen();  ///< a new device; the link leads to it. Throws as the constructor.
@@ -40,10 +40,10 @@ public:
     void write(std::span<const std::uint8_t> bytes);
 
     /// Readable when the host has written.
-    int descriptor() const { return master_.number(); }
+    int descriptor() const { return master_.get(); }
 
     /// Readable when a host has closed the device.
-    int leavings() const { return watch_.number(); }
+    int leavings() const { return watch_.get(); }
 
     /// Takes note of them. When the last host has gone, however it ended, what it has left unread is thrown away and an
     /// exclusive use (TIOCEXCL) that it has left behind is ended.
@@ -57,11 +57,11 @@ private:
     void removeLink();
 
     std::filesystem::path link_;
-    Descriptor linkClaim_;
+    FileDescriptor linkClaim_;
     std::string path_;
-    Descriptor master_;
-    Descriptor slave_;  // keeps the device alive while no host has it open: the master would read errors
-    Descriptor watch_;
+    FileDescriptor master_;
+    FileDescriptor slave_;  // keeps the device alive while no host has it open: the master would read errors
+    FileDescriptor watch_;
 };
 
 }  // namespace opane::simulator

@@ -57,13 +57,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 /// Tells a module what a host would, and waits for its answer.
 std::string told(const std::string& device, const std::string& request, std::size_t count) {
-    const Descriptor host(::open(device.c_str(), O_RDWR | O_NOCTTY));
-    EXPECT_EQ(::write(host.number(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
+    const FileDescriptor host(::open(device.c_str(), O_RDWR | O_NOCTTY));
+    EXPECT_EQ(::write(host.get(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
     constexpr int kPatienceMs = 5000;  // only a failure waits this long
-    pollfd source{host.number(), POLLIN, 0};
+    pollfd source{host.get(), POLLIN, 0};
     std::string answer;
     char byte = 0;
-    while (answer.size() < count && ::poll(&source, 1, kPatienceMs) == 1 && ::read(host.number(), &byte, 1) == 1)
+    while (answer.size() < count && ::poll(&source, 1, kPatienceMs) == 1 && ::read(host.get(), &byte, 1) == 1)
         answer += byte;
     answer.resize(count);
     return answer;
@@ -103,9 +103,9 @@ TEST(Link, is_refused_while_another_run_has_it_and_taken_over_from_a_killed_one)
 }
 
 tcflag_t shownAndGathered(const std::string& terminal) {
-    const Descriptor slave(::open(terminal.c_str(), O_RDWR | O_NOCTTY));
+    const FileDescriptor slave(::open(terminal.c_str(), O_RDWR | O_NOCTTY));
     termios mode{};
-    EXPECT_EQ(::tcgetattr(slave.number(), &mode), 0);
+    EXPECT_EQ(::tcgetattr(slave.get(), &mode), 0);
     return mode.c_lflag & (ICANON | ECHO | ISIG);
 }
 
@@ -113,11 +113,11 @@ TEST(Input, of_a_terminal_is_taken_as_it_is_typed_and_the_terminal_put_back) {
     for (const bool typesQ : {true, false}) {
         PseudoTerminal terminal;
         {
-            const Descriptor slave(::open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
+            const FileDescriptor slave(::open(terminal.path().c_str(), O_RDWR | O_NOCTTY));
             termios mode{};
-            ASSERT_EQ(::tcgetattr(slave.number(), &mode), 0);
+            ASSERT_EQ(::tcgetattr(slave.get(), &mode), 0);
             mode.c_lflag |= ICANON | ECHO | ISIG;
-            ASSERT_EQ(::tcsetattr(slave.number(), TCSANOW, &mode), 0);
+            ASSERT_EQ(::tcsetattr(slave.get(), TCSANOW, &mode), 0);
         }
         test::RunningProgram program({"sh", "-c", "exec " + std::string(kProgram) + " <" + terminal.path() + " 2>&1"});
         const std::string device = program.line();

@@ -33,7 +33,7 @@ public:
         EXPECT_GE(number(), 0) << path;
     }
 
-    int number() const { return device_.number(); }
+    int number() const { return device_.get(); }
 
     void baudRate(speed_t speed) const {
         termios settings{};
@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    Descriptor device_;
+    FileDescriptor device_;
 };
 
 TEST(Server, passes_every_byte_value_both_ways_and_what_another_thread_sets) {
@@ -129,9 +129,9 @@ TEST(Device, is_clean_again_when_its_last_host_has_gone_and_only_then) {
 TEST(Link, replaces_one_that_dangles_or_leads_to_a_terminal_and_goes_at_the_end) {
     const TemporaryFolder folder;
     const fs::path link = folder / "module";
-    const Descriptor somebody(::posix_openpt(O_RDWR | O_NOCTTY));  // else's terminal
-    ASSERT_EQ(::unlockpt(somebody.number()), 0);
-    for (const char* target : {"/dev/pts/12345", "nowhere", static_cast<const char*>(::ptsname(somebody.number()))}) {
+    const FileDescriptor somebody(::posix_openpt(O_RDWR | O_NOCTTY));  // else's terminal
+    ASSERT_EQ(::unlockpt(somebody.get()), 0);
+    for (const char* target : {"/dev/pts/12345", "nowhere", static_cast<const char*>(::ptsname(somebody.get()))}) {
         fs::create_symlink(target, link);
         const PseudoTerminal terminal(link);
         EXPECT_EQ(fs::read_symlink(link), terminal.path());

@@ -24,11 +24,10 @@ bool fitsTerminal() {
 }
 
 /// Standard output without waiting, where it may make a writer wait: a terminal or a pipe. Nothing when it is neither.
-simulator::Descriptor outputWithoutWaiting() {
+FileDescriptor outputWithoutWaiting() {
     struct stat output {};
     const bool mayWait = ::fstat(STDOUT_FILENO, &output) == 0 && (S_ISFIFO(output.st_mode) || S_ISCHR(output.st_mode));
-    return simulator::Descriptor(mayWait ? ::open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)
-                                         : -1);
+    return FileDescriptor(mayWait ? ::open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1);
 }
 
 /// Waits no longer than a moment for who does not read it: a terminal that has been stopped, or a pipe that is full,
@@ -85,7 +84,7 @@ void ScreenDrawing::show(const View& view) {
         picture = "\x1b[" + std::to_string(kPictureLines) + "A\r";
     picture += simulator::halfBlocks(view.shown) + view.status + (inPlace_ ? kEraseRestOfLine : "") + '\n';
     std::cout.flush();
-    const int output = output_.number() < 0 ? STDOUT_FILENO : output_.number();
+    const int output = output_.get() < 0 ? STDOUT_FILENO : output_.get();
     last_ =
         isPrinted(picture, output) ? std::optional(view) : std::nullopt;  // the next one stands below one that was cut
 }

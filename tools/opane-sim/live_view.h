@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/posix/file_descriptor.h"
 #include "shared/screen_geometry.h"
-#include "simulator/descriptor.h"
 #include "simulator/screen_picture.h"
 #include "simulator/simulated_module.h"
 
@@ -32,7 +32,7 @@ public:
 
 private:
     bool inPlace_;
-    simulator::Descriptor output_;  // without a number: standard output itself
+    FileDescriptor output_;  // without a number: standard output itself
     std::optional<View> last_;
 };
 

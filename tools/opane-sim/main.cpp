@@ -5,7 +5,7 @@
 #include <iostream>
 #include <variant>
 
-#include "simulator/descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "tools/command_line/command_line.h"
 #include "tools/opane-sim/arguments.h"
 #include "tools/opane-sim/keyboard.h"
@@ -15,20 +15,20 @@ namespace opane::sim {
 namespace {
 
 /// The signals we take are read from a descriptor; no thread that starts after this is interrupted by them.
-simulator::Descriptor takeSignals() {
+FileDescriptor takeSignals() {
     sigset_t taken;
     sigemptyset(&taken);
     for (const int number : kSignals)
         sigaddset(&taken, number);
     ::pthread_sigmask(SIG_BLOCK, &taken, nullptr);
-    return simulator::Descriptor(::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK));
+    return FileDescriptor(::signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 int run(const Arguments& arguments) {
     std::signal(SIGPIPE, SIG_IGN);  // a closed standard output is noticed when it is written to
     std::signal(SIGXFSZ, SIG_IGN);  // and a file that may not grow
     Keyboard keyboard;
-    const simulator::Descriptor signals = takeSignals();
+    const FileDescriptor signals = takeSignals();
     int blame = tools::kWrongUsage;  // what cannot be set up is what the command line asked for
     try {
         Session session(arguments, signals, keyboard);

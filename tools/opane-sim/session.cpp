@@ -44,7 +44,7 @@ void Complaints::say(const std::string& text) {
     last_ = text;
 }
 
-Session::Session(const Arguments& arguments, const simulator::Descriptor& signals, Keyboard& keyboard)
+Session::Session(const Arguments& arguments, const FileDescriptor& signals, Keyboard& keyboard)
     : signals_(signals),
       keyboard_(keyboard),
       changed_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
@@ -55,7 +55,7 @@ Session::Session(const Arguments& arguments, const simulator::Descriptor& signal
       server_(module_, terminal_),
       snapshot_(arguments.snapshot),
       drawsScreen_(arguments.screen) {
-    if (signals_.number() < 0 || changed_.number() < 0)
+    if (signals_.get() < 0 || changed_.get() < 0)
         throw std::runtime_error("the system gives no descriptors");
     for (const auto& reading : arguments.readings)
         simulator::setReading(module_.state(), reading);
@@ -119,8 +119,8 @@ bool Session::waitForSomething() {
         const auto sleep = std::chrono::ceil<std::chrono::milliseconds>(*catchUpAt_ - Clock::now());
         sleepMs = std::max(0, static_cast<int>(sleep.count()));
     }
-    std::array<pollfd, 3> sources{{{signals_.number(), POLLIN, 0},
-                                   {changed_.number(), POLLIN, 0},
+    std::array<pollfd, 3> sources{{{signals_.get(), POLLIN, 0},
+                                   {changed_.get(), POLLIN, 0},
                                    {keyboard_.descriptor(), POLLIN, 0}}};  // -1: passed over
     ::poll(sources.data(), sources.size(), sleepMs);
     noteChanges();
@@ -129,7 +129,7 @@ bool Session::waitForSomething() {
 
 bool Session::takeSignal() {
     signalfd_siginfo signal{};
-    if (::read(signals_.number(), &signal, sizeof signal) != sizeof signal)
+    if (::read(signals_.get(), &signal, sizeof signal) != sizeof signal)
         return true;
     switch (signal.ssi_signo) {
         case SIGUSR1:
@@ -171,12 +171,12 @@ void Session::press(int key) {
 }
 
 void Session::note() const {
-    ::eventfd_write(changed_.number(), 1);
+    ::eventfd_write(changed_.get(), 1);
 }
 
 void Session::noteChanges() {
     eventfd_t changes = 0;
-    if (::eventfd_read(changed_.number(), &changes) != 0)
+    if (::eventfd_read(changed_.get(), &changes) != 0)
         return;
     const auto now = Clock::now();
     if (!catchUpAt_)

@@ -36,7 +36,7 @@ class Session {
 public:
     /// @param signals  where kSignals are read from; they must be blocked
     /// @throws std::exception that names what could not be read or made; then nothing is left behind
-    Session(const Arguments& arguments, const simulator::Descriptor& signals, Keyboard& keyboard);
+    Session(const Arguments& arguments, const FileDescriptor& signals, Keyboard& keyboard);
 
     /// Until it is asked to end.
     /// @throws std::exception that names what has failed; the EEPROMs have been kept all the same, when they could be
@@ -56,9 +56,9 @@ private:
     void keepEeproms();
     void printPath();
 
-    const simulator::Descriptor& signals_;
+    const FileDescriptor& signals_;
     Keyboard& keyboard_;
-    simulator::Descriptor changed_;  // an eventfd: the module has heard something, or the serving has failed
+    FileDescriptor changed_;  // an eventfd: the module has heard something, or the serving has failed
     std::atomic<bool> failed_ = false;
     std::optional<Clock::time_point> catchUpAt_;
     Clock::time_point latestCatchUpAt_;

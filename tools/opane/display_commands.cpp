@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "commands/command_table.h"
 #include "report.h"
 #include "run_on_link.h"
 #include "subcommands.h"
@@ -37,28 +38,29 @@ void addColumnOption(CLI::App& command, PixelOptions& options, int lastColumn) {
 }  // namespace
 
 Run setUpLine(CLI::App& command) {
-    const auto options = addPixelOptions(command, "120 row bytes: 8 pixel rows of 15, top row first", 7);
+    const auto options = addPixelOptions(command, "120 row bytes: 8 pixel rows of 15, top row first", kTextLines - 1);
     return [options](Session& session) {
-        const ByteArray rows = parseRowBytes(options->rowBytes, 120);
+        const ByteArray rows = parseRowBytes(options->rowBytes, kAffData.dataBytes);
         return runOnLink(session, "line", [&](clsOPane& link) { return link.OPaneCmd_AffData(options->line, rows); });
     };
 }
 
 Run setUpBlock(CLI::App& command) {
-    const auto options = addPixelOptions(command, "8 row bytes, top row first", 7);
-    addColumnOption(command, *options, 14);
+    const auto options = addPixelOptions(command, "8 row bytes, top row first", kAffBloc1.lastLine);
+    addColumnOption(command, *options, kAffBloc1.lastColumn);
     return [options](Session& session) {
-        const ByteArray rows = parseRowBytes(options->rowBytes, 8);
+        const ByteArray rows = parseRowBytes(options->rowBytes, kAffBloc1.dataBytes);
         return runOnLink(session, "block",
                          [&](clsOPane& link) { return link.OPaneCmd_AffBloc1(options->line, options->column, rows); });
     };
 }
 
 Run setUpSquare(CLI::App& command) {
-    const auto options = addPixelOptions(command, "32 row bytes of four blocks, in the module's order", 6);
-    addColumnOption(command, *options, 13);
+    const auto options =
+        addPixelOptions(command, "32 row bytes of four blocks, in the module's order", kAffBloc4.lastLine);
+    addColumnOption(command, *options, kAffBloc4.lastColumn);
     return [options](Session& session) {
-        const ByteArray rows = parseRowBytes(options->rowBytes, 32);
+        const ByteArray rows = parseRowBytes(options->rowBytes, kAffBloc4.dataBytes);
         return runOnLink(session, "square",
                          [&](clsOPane& link) { return link.OPaneCmd_AffBloc4(options->line, options->column, rows); });
     };
@@ -68,8 +70,8 @@ Run setUpFrame(CLI::App& command) {
     const auto pattern = std::make_shared<std::string>();
     command.add_option("PATTERN", *pattern, "on, off, or the byte to draw the frame with")->required();
     return [pattern](Session& session) {
-        const std::uint8_t value = *pattern == "on"    ? std::uint8_t{255}
-                                   : *pattern == "off" ? std::uint8_t{0}
+        const std::int16_t value = *pattern == "on"    ? clsOPane::kFrameDrawn
+                                   : *pattern == "off" ? clsOPane::kNoFrame
                                                        : parseByte(*pattern, "the pattern");
         return runOnLink(session, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
     };

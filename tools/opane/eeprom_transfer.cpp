@@ -8,7 +8,6 @@
 namespace opane::tool {
 namespace {
 
-constexpr std::size_t kLongestBlock = 128;  // of one exchange
 constexpr int kAddressDigits = 3;
 
 void append(std::vector<AddressRange>& ranges, AddressRange next) {
@@ -26,9 +25,6 @@ std::vector<AddressRange> joined(const std::vector<AddressRange>& ranges) {
 }
 
 }  // namespace
-
-const Eeprom kSystemEeprom{"system", 1024, &clsOPane::OPaneCmd_ReadEEPROMSystem, &clsOPane::OPaneCmd_WriteEEPROMSystem};
-const Eeprom kUserEeprom{"user", 512, &clsOPane::OPaneCmd_ReadEEPROMUser, &clsOPane::OPaneCmd_WriteEEPROMUser};
 
 std::string rangesText(const std::vector<AddressRange>& ranges) {
     std::string text;
@@ -56,8 +52,8 @@ std::size_t totalLength(const std::vector<AddressRange>& ranges) {
 
 std::vector<AddressRange> blocksOf(AddressRange range) {
     std::vector<AddressRange> blocks;
-    for (std::size_t done = 0; done < range.length; done += kLongestBlock)
-        blocks.push_back({range.address + done, std::min(kLongestBlock, range.length - done)});
+    for (std::size_t done = 0; done < range.length; done += kMostEepromBytes)
+        blocks.push_back({range.address + done, std::min(kMostEepromBytes, range.length - done)});
     return blocks;
 }
 

@@ -6,20 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "commands/eeprom.h"
 #include "connection.h"
 
 namespace opane::tool {
-
-/// One of the module's two EEPROMs.
-struct Eeprom {
-    const char* name;
-    std::size_t size;  ///< bytes
-    bool (clsOPane::*read)(std::int16_t, std::int16_t, ByteArray&);
-    bool (clsOPane::*write)(std::int16_t, std::int16_t, const ByteArray&);
-};
-
-extern const Eeprom kSystemEeprom;
-extern const Eeprom kUserEeprom;
 
 struct AddressRange {
     std::size_t address;

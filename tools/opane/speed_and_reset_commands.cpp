@@ -16,8 +16,6 @@ struct BaudrateOptions {
     std::int16_t quartz = 2;
 };
 
-constexpr std::int16_t kResetModule = 0;
-constexpr std::int16_t kResetLightControl = 1;
 constexpr std::int32_t kRateAfterReset = 9600;
 
 /// Whether a command that changes the module's rate may have been carried out although it did not succeed: it was sent,
@@ -75,13 +73,13 @@ Run setUpReset(CLI::App& command) {
         ->check(CLI::IsMember({"module", "light"}))
         ->capture_default_str();
     return [part](Session& session) {
-        const std::int16_t type = *part == "module" ? kResetModule : kResetLightControl;
+        const std::int16_t type = *part == "module" ? clsOPane::kResetModule : clsOPane::kResetLightControl;
         return runOnLink(
             session, "reset", [type](clsOPane& link) { return link.OPaneCmd_Reset(type); },
             [type](Connection& connection) {
-                return type != kResetModule ? ""
-                                            : ratesText(connection, kRateAfterReset, "the reset",
-                                                        "the module may have been reset; it runs then at ");
+                return type != clsOPane::kResetModule ? ""
+                                                      : ratesText(connection, kRateAfterReset, "the reset",
+                                                                  "the module may have been reset; it runs then at ");
             });
     };
 }

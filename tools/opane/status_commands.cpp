@@ -31,9 +31,6 @@ constexpr std::array<FlagRow, kFlags> kFlagRows{{
 }};
 constexpr std::size_t kFrameFlag = 2;
 
-constexpr std::int16_t kFrameDrawn = 255;  // pattern of the frame command
-constexpr std::int16_t kNoFrame = 0;
-
 bool readFlags(clsOPane& link, StatusFlags& flags) {
     return link.OPaneCmd_ReadStatus(flags[0], flags[1], flags[2], flags[3], flags[4], flags[5]);
 }
@@ -56,9 +53,9 @@ bool writeFlags(Connection& connection, const AskedFlags& asked) {
         flags[i] = asked[i] == "on";
         others = others || i != kFrameFlag;
     }
-    const bool written =
-        (asked[kFrameFlag].empty() || link.OPaneCmd_Cadre(flags[kFrameFlag] ? kFrameDrawn : kNoFrame)) &&
-        (!others || link.OPaneCmd_WriteStatus(flags[0], flags[1], flags[3], flags[4], flags[5]));
+    const bool written = (asked[kFrameFlag].empty() ||
+                          link.OPaneCmd_Cadre(flags[kFrameFlag] ? clsOPane::kFrameDrawn : clsOPane::kNoFrame)) &&
+                         (!others || link.OPaneCmd_WriteStatus(flags[0], flags[1], flags[3], flags[4], flags[5]));
     if (!written)
         connection.report().fail("not all flags were written; opane status tells which");
     return written;

@@ -61,7 +61,7 @@ public:
     int hostBaudRate() const { return terminal_.hostBaudRate(); }
 
     void vanish() {
-        slave_ = simulator::Descriptor();
+        slave_ = FileDescriptor();
         terminal_.close();
     }
     void comeBack() {
@@ -72,7 +72,7 @@ public:
     /// How many bytes the system holds for the host.
     int waiting() const {
         int count = 0;
-        ::ioctl(slave_.number(), FIONREAD, &count);
+        ::ioctl(slave_.get(), FIONREAD, &count);
         return count;
     }
 
@@ -96,8 +96,8 @@ public:
 private:
     // Before the host takes the device for itself.
     void watchSlave() {
-        slave_ = simulator::Descriptor(::open(path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-        if (slave_.number() < 0)
+        slave_ = FileDescriptor(::open(path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+        if (slave_.get() < 0)
             throw std::runtime_error("cannot watch " + path());
     }
     template <class Done>
@@ -112,7 +112,7 @@ private:
     }
 
     simulator::PseudoTerminal terminal_;
-    simulator::Descriptor slave_;
+    FileDescriptor slave_;
 };
 
 class TerminalControl final : public ForwardingControl {
