@@ -158,13 +158,13 @@ HRESULT AutomationObject::GetTypeInfoCount(UINT* count) {
     });
 }
 
-HRESULT AutomationObject::GetTypeInfo(UINT index, LCID lcid, ITypeInfo** info) {
+HRESULT AutomationObject::GetTypeInfo(UINT index, LCID /*lcid*/, ITypeInfo** info) {
     return atBoundary([&] {
         checkPointer(info, "the place for the type information");
         *info = nullptr;
         if (index >= typeInformationCount())
             throw ComponentError(DISP_E_BADINDEX, "there is no type information " + std::to_string(index));
-        *info = typeInformation(lcid);
+        *info = typeInformation();
     });
 }
 

@@ -14,7 +14,6 @@ add_custom_command(OUTPUT ${generated}/OPaneCommDLL.tlb
     DEPENDS ${PROJECT_SOURCE_DIR}/automation/OPaneCommDLL.idl ${windows}/oaidl.idl ${generated}/stdole2.tlb
     VERBATIM)
 
-target_sources(opane_component PRIVATE windows/type_library.cpp)
 target_sources(OPaneCommDLL PRIVATE windows/library_entry.cpp windows/OPaneCommDLL.rc windows/exports.def)
 set_source_files_properties(windows/OPaneCommDLL.rc PROPERTIES OBJECT_DEPENDS ${generated}/OPaneCommDLL.tlb)
 target_include_directories(OPaneCommDLL PRIVATE ${generated})

@@ -5,7 +5,7 @@
 
 #include "automation/component/boundary.h"
 #include "automation/component/wide_text.h"
-#include "automation/component/windows/type_library.h"
+#include "automation/component/windows/type_information.h"
 #include "opane/OPaneCommDLL.h"
 #include "platform/folders.h"
 #include "platform/windows/system_text.h"
