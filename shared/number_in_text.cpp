@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <system_error>
 
+#include "shared/letter_case.h"
+
 namespace opane {
 namespace {
 
@@ -42,7 +44,7 @@ bool isNearZero(std::string_view text) {
 NumberInText numberInText(std::string_view text) {
     text = withoutBlanks(text);
     if (text.size() > 1 && text[0] == '&') {
-        const char letter = static_cast<char>(text[1] | 0x20);
+        const char letter = lowerCase(text[1]);
         const int base = letter == 'h' ? 16 : 8;
         return letter == 'h' || letter == 'o' ? parseWhole<std::uint32_t>(text.substr(2), Kind::bits, base)
                                               : NumberInText{};

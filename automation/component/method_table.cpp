@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "shared/letter_case.h"
+
 namespace opane::component {
 namespace {
 
@@ -86,18 +88,6 @@ constexpr std::array kMethods{
                                {out("intLastKeyNumber"), out("intToggleOn"), out("intReturnStatus")}),
 };
 
-constexpr char lowerCase(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-/// All names are ASCII, so that other letters differ from each of them.
-bool isNamed(const char* name, std::basic_string_view<OLECHAR> text) {
-    const std::string_view expected = name;
-    return std::equal(expected.begin(), expected.end(), text.begin(), text.end(), [](char one, OLECHAR other) {
-        return other < 0x80 && lowerCase(one) == lowerCase(static_cast<char>(other));
-    });
-}
-
 template <typename Matches>
 const Method* findMethod(Matches matches) {
     const auto found = std::find_if(kMethods.begin(), kMethods.end(), matches);
@@ -111,7 +101,7 @@ std::span<const Method> methods() {
 }
 
 const Method* methodNamed(std::basic_string_view<OLECHAR> name) {
-    return findMethod([name](const Method& method) { return isNamed(method.name, name); });
+    return findMethod([name](const Method& method) { return isSameName(method.name, name); });
 }
 
 const Method* methodWith(DISPID identifier) {
@@ -121,7 +111,7 @@ const Method* methodWith(DISPID identifier) {
 DISPID parameterNamed(const Method& method, std::basic_string_view<OLECHAR> name) {
     const auto parameters = method.parameters();
     const auto found = std::find_if(parameters.begin(), parameters.end(),
-                                    [name](const Parameter& row) { return isNamed(row.name, name); });
+                                    [name](const Parameter& row) { return isSameName(row.name, name); });
     return found == parameters.end() ? DISPID_UNKNOWN : static_cast<DISPID>(found - parameters.begin());
 }
 

@@ -12,9 +12,11 @@
 #include <vector>
 
 #include "automation/component/posix/runtime/error_information.h"
+#include "automation/component/posix/runtime/identifiers.h"
 #include "automation/component/posix/runtime/registry.h"
 #include "opane/component_runtime.h"
 #include "platform/shared_library.h"
+#include "shared/letter_case.h"
 #include "shared/runtime_error.h"
 #include "shared/utf16.h"
 
@@ -91,12 +93,6 @@ std::optional<RegisteredClass> lookUp(const std::function<bool(const RegisteredC
     }
 }
 
-std::string textOf(REFCLSID clsid) {
-    OLECHAR text[39];
-    StringFromGUID2(clsid, text, 39);
-    return utf8Text(text);
-}
-
 bool isLineFree(const std::string& text) {
     return text.find_first_of("\t\r\n") == std::string::npos;
 }
@@ -112,7 +108,7 @@ HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid) {
     *clsid = CLSID{};
     return guarded([&] {
         const std::string name = opane::utf8Text(progId);
-        const auto row = lookUp([&](const RegisteredClass& entry) { return isSameName(entry.progId, name); });
+        const auto row = lookUp([&](const RegisteredClass& entry) { return opane::isSameName(entry.progId, name); });
         if (!row)
             throw Failure{CO_E_CLASSSTRING, "no class \"" + name + "\" is registered in \"" + registryFile() + "\""};
         *clsid = row->clsid;
@@ -131,7 +127,7 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* /*reserved*/, REFI
                           "components run in the host's process: CLSCTX_INPROC_SERVER is not asked for"};
         if (!row)
             throw Failure{REGDB_E_CLASSNOTREG,
-                          "no class " + textOf(clsid) + " is registered in \"" + registryFile() + "\""};
+                          "no class " + identifierText(clsid) + " is registered in \"" + registryFile() + "\""};
         const auto component = loadComponent(row->library);
         const HRESULT result = component->function<GetClassObject>(kClassObjectEntry)(clsid, riid, object);
         if (SUCCEEDED(result) && *object == nullptr)

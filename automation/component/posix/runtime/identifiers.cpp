@@ -6,6 +6,7 @@
 #include <string>
 
 #include "automation/component/posix/runtime/error_information.h"
+#include "shared/letter_case.h"
 #include "shared/utf16.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr int kTextUnits = 39;  // with the final zero
 int hexDigit(OLECHAR unit) {
     if (unit >= u'0' && unit <= u'9')
         return unit - u'0';
-    const auto letter = static_cast<OLECHAR>(unit | 0x20);
+    const OLECHAR letter = opane::lowerCase(unit);
     return letter >= u'a' && letter <= u'f' ? letter - u'a' + 10 : -1;
 }
 
@@ -45,6 +46,12 @@ bool parseIdentifier(LPCOLESTR text, GUID& identifier) {
     identifier.Data3 = static_cast<std::uint16_t>(bytes[6] << 8 | bytes[7]);
     std::memcpy(identifier.Data4, bytes + 8, sizeof identifier.Data4);
     return true;
+}
+
+std::string identifierText(REFGUID identifier) {
+    OLECHAR text[kTextUnits];
+    StringFromGUID2(identifier, text, kTextUnits);
+    return utf8Text(text);
 }
 
 }  // namespace opane::component_runtime

@@ -19,6 +19,7 @@
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/link_target.h"
 #include "platform/whole_file.h"
+#include "shared/letter_case.h"
 #include "shared/runtime_error.h"
 #include "shared/utf16.h"
 
@@ -111,9 +112,7 @@ std::optional<RegisteredClass> parseLine(std::string line) {
 }
 
 std::string lineOf(const RegisteredClass& row) {
-    char16_t identifier[39];
-    StringFromGUID2(row.clsid, identifier, 39);
-    return utf8Text(identifier) + "\t" + row.progId + "\t" + row.library;
+    return identifierText(row.clsid) + "\t" + row.progId + "\t" + row.library;
 }
 
 /// Where the environment puts the registry.
@@ -145,12 +144,6 @@ std::optional<RegisteredClass> findClass(const std::function<bool(const Register
         if (auto row = parseLine(line); row && matches(*row))
             return row;
     return std::nullopt;
-}
-
-bool isSameName(const std::string& one, const std::string& other) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [lower](char a, char b) { return lower(a) == lower(b); });
 }
 
 void enterClass(REFCLSID clsid, const std::optional<RegisteredClass>& entered) {

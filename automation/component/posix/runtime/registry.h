@@ -21,9 +21,6 @@ struct RegisteredClass {
 /// @throws RuntimeError 76 when the environment names no place for it
 std::string registryFile();
 
-/// Whether two programmatic identifiers are the same but for the letter case.
-bool isSameName(const std::string& one, const std::string& other);
-
 /// @throws RuntimeError when the file is there but cannot be read; none at all is an empty registry
 std::optional<RegisteredClass> findClass(const std::function<bool(const RegisteredClass&)>& matches);
 
