@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <limits>
 #include <optional>
 
 #include "platform/file.h"
@@ -118,11 +117,8 @@ private:
 
     /// A 32-bit integer by rounding; too large outside its range and for what is no number.
     static Column rounded(long double value) {
-        using Limits = std::numeric_limits<std::int32_t>;
-        const long double integer = roundedHalfToEven(value);
-        if (!(integer >= Limits::min() && integer <= Limits::max()))
-            return {Column::Kind::tooLarge, 0};
-        return {Column::Kind::integer, static_cast<std::int64_t>(integer)};
+        const auto integer = roundedTo<std::int32_t>(value);
+        return integer ? Column{Column::Kind::integer, *integer} : Column{Column::Kind::tooLarge, 0};
     }
 
     static Column numberOf(std::string_view text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+#include <optional>
 #include <string_view>
 
 namespace opane {
@@ -26,5 +28,15 @@ std::string_view withoutBlanks(std::string_view text);
 
 /// Rounds to the nearest integer, halves to the even one, whatever the rounding mode is.
 long double roundedHalfToEven(long double value);
+
+/// The same as an integer of that type; nothing outside its range and for what is no number.
+template <typename Integer>
+std::optional<Integer> roundedTo(long double value) {
+    using Limits = std::numeric_limits<Integer>;
+    const long double integer = roundedHalfToEven(value);
+    if (!(integer >= static_cast<long double>(Limits::min()) && integer <= static_cast<long double>(Limits::max())))
+        return std::nullopt;
+    return static_cast<Integer>(integer);
+}
 
 }  // namespace opane

@@ -2,11 +2,11 @@
 
 #include <cstring>
 #include <exception>
-#include <optional>
 #include <string>
 #include <utility>
 
 #include "automation/component/boundary.h"
+#include "automation/component/variant_number.h"
 #include "automation/component/wide_text.h"
 
 namespace opane::component {
@@ -15,31 +15,10 @@ namespace {
 constexpr VARTYPE kReferenceToVariant = VT_BYREF | VT_VARIANT;
 constexpr const char* kNotWritable = "is a reference to a type that is not written to; expected a number or a text";
 
-/// The width of what a typed reference points to; nothing for a type that no argument is written back to.
-std::optional<std::size_t> storedBytes(VARTYPE type) {
-    switch (type) {
-        case VT_I1:
-        case VT_UI1:
-            return 1;
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            return 2;
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
-            return 4;
-        case VT_I8:
-        case VT_UI8:
-        case VT_R8:
-            return 8;
-        case VT_BSTR:
-            return sizeof(BSTR);
-        default:
-            return std::nullopt;
-    }
+/// Whether an argument is written back through a reference to that type.
+bool isWritten(VARTYPE type) {
+    VARIANT any{};
+    return type == VT_BSTR || (type != VT_DATE && withNumber(any, type, [](const auto&) {}));
 }
 
 std::string expectedText(VARTYPE type) {
@@ -85,19 +64,8 @@ bool isNullReference(const VARIANT& argument) {
 CallArguments::CallArguments(const Method& method, const DISPPARAMS& passed, LCID lcid, UINT* argumentError)
     : method_(method), lcid_(lcid), argumentError_(argumentError) {
     match(passed);
-    try {
-        for (std::size_t i = 0; i < method_.parameterCount; ++i)
-            take(i, passed.rgvarg[places_[i].index]);
-    } catch (...) {
-        for (VARIANT& value : values_)
-            VariantClear(&value);
-        throw;
-    }
-}
-
-CallArguments::~CallArguments() {
-    for (VARIANT& value : values_)
-        VariantClear(&value);
+    for (std::size_t i = 0; i < method_.parameterCount; ++i)
+        take(i, passed.rgvarg[places_[i].index]);
 }
 
 void CallArguments::match(const DISPPARAMS& passed) {
@@ -142,7 +110,7 @@ void CallArguments::take(std::size_t position, VARIANT& passed) {
     places_[position].variant = argument;
     places_[position].isVariantOfCaller = byReference && !typed;
 
-    if (parameter.direction == Direction::out && typed && !storedBytes(static_cast<VARTYPE>(argument->vt & ~VT_BYREF)))
+    if (parameter.direction == Direction::out && typed && !isWritten(static_cast<VARTYPE>(argument->vt & ~VT_BYREF)))
         refuse(position, DISP_E_TYPEMISMATCH, kNotWritable);  // told before the call, not after it
     const HRESULT result = VariantChangeTypeEx(&values_[position], argument, lcid_, 0, parameter.type);
     if (FAILED(result))
@@ -176,8 +144,7 @@ void CallArguments::giveBack(std::size_t position) {
     if ((target.vt & VT_BYREF) == 0)
         return;
     const auto type = static_cast<VARTYPE>(target.vt & ~VT_BYREF);
-    const auto bytes = storedBytes(type);
-    if (!bytes)  // an event of the host's has changed it since
+    if (!isWritten(type))  // an event of the host's has changed it since
         refuse(position, DISP_E_TYPEMISMATCH, kNotWritable);
     if (value.vt != type) {
         const HRESULT result = VariantChangeTypeEx(&value, &value, lcid_, 0, type);
@@ -185,10 +152,9 @@ void CallArguments::giveBack(std::size_t position) {
             refuse(position, result, "became " + description(value) + ", which the caller's type cannot hold");
     }
     if (type == VT_BSTR)
-        SysFreeString(*target.pbstrVal);
-    std::memcpy(target.byref, &value.byref, *bytes);
-    if (type == VT_BSTR)
-        value = VARIANT{};  // the caller's now
+        SysFreeString(std::exchange(*target.pbstrVal, std::exchange(value, VARIANT{}).bstrVal));
+    else
+        withNumber(value, type, [&target](auto number) { std::memcpy(target.byref, &number, sizeof number); });
 }
 
 void CallArguments::refuse(std::size_t position, HRESULT code, const std::string& reason) const {

@@ -15,7 +15,6 @@ public:
     /// @throws ComponentError DISP_E_BADPARAMCOUNT, DISP_E_PARAMNOTFOUND (a named argument that the method has not, or
     ///         twice), DISP_E_PARAMNOTOPTIONAL (left out), DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW, E_POINTER
     CallArguments(const Method& method, const DISPPARAMS& passed, LCID lcid, UINT* argumentError);
-    ~CallArguments();
     CallArguments(const CallArguments&) = delete;
     CallArguments& operator=(const CallArguments&) = delete;
 
@@ -29,6 +28,12 @@ public:
     void writeBack();
 
 private:
+    struct Values : std::array<VARIANT, kMostParameters> {
+        ~Values() {
+            for (VARIANT& value : *this)
+                VariantClear(&value);
+        }
+    };
     struct Place {
         UINT index = 0;                  // in the caller's array
         VARIANT* variant = nullptr;      // what holds the value, or the reference to it
@@ -44,7 +49,7 @@ private:
     LCID lcid_;
     UINT* argumentError_;
     std::array<Place, kMostParameters> places_{};
-    std::array<VARIANT, kMostParameters> values_{};
+    Values values_{};
 };
 
 }  // namespace opane::component

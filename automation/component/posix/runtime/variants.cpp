@@ -3,37 +3,29 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
+#include "automation/component/variant_number.h"
 #include "opane/component_runtime.h"
+#include "shared/letter_case.h"
 #include "shared/number_in_text.h"
 
 namespace {
 
 using opane::NumberInText;
+using opane::component::withNumber;
 using Number = long double;
 
-template <typename Integer>
-HRESULT storeInteger(Number value, Integer& target) {
-    const Number integer = opane::roundedHalfToEven(value);
-    if (!(integer >= static_cast<Number>(std::numeric_limits<Integer>::min()) &&
-          integer <= static_cast<Number>(std::numeric_limits<Integer>::max())))
-        return DISP_E_OVERFLOW;
-    target = static_cast<Integer>(integer);
-    return S_OK;
-}
-
-/// The characters of a text in lower case; one that is not ASCII becomes '?'.
+/// The characters of a text; one that is not ASCII becomes '?'.
 std::string plainText(BSTR text) {
     std::string plain;
-    for (UINT i = 0; i < SysStringLen(text); ++i) {
-        const OLECHAR unit = text[i];
-        const bool isUpper = unit >= u'A' && unit <= u'Z';
-        plain += unit < 0x80 ? static_cast<char>(isUpper ? unit - u'A' + u'a' : unit) : '?';
-    }
+    for (UINT i = 0; i < SysStringLen(text); ++i)
+        plain += text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
     return plain;
 }
 
@@ -50,71 +42,27 @@ HRESULT resultOf(const NumberInText& read) {
     return S_OK;
 }
 
-/// The number of a value that is not by reference, and whether it stands for bits.
-HRESULT numberOf(const VARIANT& value, Number& number, bool& isBits) {
-    isBits = false;
-    switch (value.vt) {
-        case VT_EMPTY:
-            number = 0;
-            return S_OK;
-        case VT_I1:
-            number = value.cVal;
-            return S_OK;
-        case VT_UI1:
-            number = value.bVal;
-            return S_OK;
-        case VT_I2:
-        case VT_BOOL:
-            number = value.iVal;
-            return S_OK;
-        case VT_UI2:
-            number = value.uiVal;
-            return S_OK;
-        case VT_I4:
-        case VT_INT:
-            number = static_cast<Number>(value.lVal);
-            return S_OK;
-        case VT_UI4:
-        case VT_UINT:
-            number = static_cast<Number>(value.ulVal);
-            return S_OK;
-        case VT_I8:
-            number = static_cast<Number>(value.llVal);
-            return S_OK;
-        case VT_UI8:
-            number = static_cast<Number>(value.ullVal);
-            return S_OK;
-        case VT_R4:
-            number = static_cast<Number>(value.fltVal);
-            return S_OK;
-        case VT_R8:
-        case VT_DATE:
-            number = static_cast<Number>(value.dblVal);
-            return S_OK;
-        case VT_BSTR: {
-            const NumberInText read = opane::numberInText(plainText(value.bstrVal));
-            number = read.value;
-            isBits = read.kind == NumberInText::Kind::bits;
-            return resultOf(read);
-        }
-        default:
-            return DISP_E_TYPEMISMATCH;
-    }
+/// The number of a value that is not by reference.
+NumberInText numberOf(const VARIANT& value) {
+    if (value.vt == VT_BSTR)
+        return opane::numberInText(plainText(value.bstrVal));
+    NumberInText number{value.vt == VT_EMPTY ? NumberInText::Kind::number : NumberInText::Kind::none};
+    withNumber(value, value.vt, [&number](auto member) {
+        number = {NumberInText::Kind::number, static_cast<Number>(member)};
+    });
+    return number;
 }
 
 HRESULT truthOf(const VARIANT& value, VARIANT_BOOL& truth) {
     const std::string plain = value.vt == VT_BSTR ? plainText(value.bstrVal) : "";
-    const std::string_view text = opane::withoutBlanks(plain);
-    if (text == "true" || text == "#true#" || text == "false" || text == "#false#") {
-        truth = text.find('t') <= 1 ? VARIANT_TRUE : VARIANT_FALSE;
-        return S_OK;
-    }
-    Number number = 0;
-    bool isBits = false;
-    const HRESULT result = numberOf(value, number, isBits);
-    if (SUCCEEDED(result))
-        truth = number != 0 ? VARIANT_TRUE : VARIANT_FALSE;
-    return result;
+    const auto is = [text = opane::withoutBlanks(plain)](std::string_view word) {
+        return opane::isSameName(text, word);
+    };
+    const bool isTrue = is("true") || is("#true#");
+    const NumberInText number =
+        isTrue || is("false") || is("#false#") ? NumberInText{NumberInText::Kind::number} : numberOf(value);
+    truth = isTrue || number.value != 0 ? VARIANT_TRUE : VARIANT_FALSE;
+    return resultOf(number);
 }
 
 HRESULT textOf(const VARIANT& value, BSTR& text) {
@@ -124,24 +72,16 @@ HRESULT textOf(const VARIANT& value, BSTR& text) {
     }
     char digits[64] = "";
     char* end = digits;
-    if (value.vt != VT_EMPTY) {
-        Number number = 0;
-        bool isBits = false;
-        if (const HRESULT result = numberOf(value, number, isBits); FAILED(result))
-            return result;
-        if (number == 0)
-            number = 0;  // without the sign that a real may have
-        const bool isReal = value.vt == VT_R4 || value.vt == VT_R8 || value.vt == VT_DATE;
-        const int significant = value.vt == VT_R4 ? 7 : 15;
-        if (isReal)
-            end = std::to_chars(digits, std::end(digits), static_cast<double>(number), std::chars_format::general,
-                                significant)
+    const bool isNumber = withNumber(value, value.vt, [&](auto member) {
+        if constexpr (std::is_floating_point_v<decltype(member)>)  // a zero without the sign that it may have
+            end = std::to_chars(digits, std::end(digits), member == 0 ? 0 : static_cast<double>(member),
+                                std::chars_format::general, sizeof member == sizeof(float) ? 7 : 15)
                       .ptr;
-        else if (value.vt == VT_UI8)
-            end = std::to_chars(digits, std::end(digits), value.ullVal).ptr;
         else
-            end = std::to_chars(digits, std::end(digits), static_cast<std::int64_t>(number)).ptr;
-    }
+            end = std::to_chars(digits, std::end(digits), member).ptr;
+    });
+    if (!isNumber && value.vt != VT_EMPTY)
+        return DISP_E_TYPEMISMATCH;
     std::replace(digits, end, 'e', 'E');
     OLECHAR units[sizeof digits];
     std::copy(digits, end, units);
@@ -149,79 +89,50 @@ HRESULT textOf(const VARIANT& value, BSTR& text) {
     return text == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
+template <typename Value>
+HRESULT store(const NumberInText& number, Value& target) {
+    using Limits = std::numeric_limits<Value>;
+    Number value = number.value;
+    if constexpr (std::is_floating_point_v<Value>) {
+        if (std::isfinite(value) && std::fabs(value) > static_cast<Number>(Limits::max()))
+            return DISP_E_OVERFLOW;
+        target = static_cast<Value>(value);
+    } else {
+        // Bits that fill the type are its bits: &HFFFF is -1 in 16 of them.
+        constexpr auto kAllBits = static_cast<Number>(std::numeric_limits<std::make_unsigned_t<Value>>::max());
+        if (number.kind == NumberInText::Kind::bits && sizeof(Value) > 1 &&
+            value > static_cast<Number>(Limits::max()) && value <= kAllBits)
+            value -= kAllBits + 1;
+        const auto integer = opane::roundedTo<Value>(value);
+        if (!integer)
+            return DISP_E_OVERFLOW;
+        target = *integer;
+    }
+    return S_OK;
+}
+
 HRESULT convert(VARIANT& target, const VARIANT& source, VARTYPE type) {
     if (type == VT_BSTR)
         return textOf(source, target.bstrVal);
     if (type == VT_BOOL)
         return truthOf(source, target.boolVal);
-    Number number = 0;
-    bool isBits = false;
-    if (const HRESULT result = numberOf(source, number, isBits); FAILED(result))
+    const NumberInText number = numberOf(source);
+    HRESULT result = resultOf(number);
+    if (FAILED(result))
         return result;
-    // Bits that fill the type are its bits: &HFFFF is -1 in 16 of them.
-    if (isBits && type == VT_I2 && number > INT16_MAX && number <= UINT16_MAX)
-        number -= UINT16_MAX + 1;
-    if (isBits && (type == VT_I4 || type == VT_INT) && number > INT32_MAX)
-        number -= static_cast<Number>(UINT32_MAX) + 1;
-    switch (type) {
-        case VT_I1:
-            return storeInteger(number, target.cVal);
-        case VT_UI1:
-            return storeInteger(number, target.bVal);
-        case VT_I2:
-            return storeInteger(number, target.iVal);
-        case VT_UI2:
-            return storeInteger(number, target.uiVal);
-        case VT_I4:
-        case VT_INT:
-            return storeInteger(number, target.lVal);
-        case VT_UI4:
-        case VT_UINT:
-            return storeInteger(number, target.ulVal);
-        case VT_I8:
-            return storeInteger(number, target.llVal);
-        case VT_UI8:
-            return storeInteger(number, target.ullVal);
-        case VT_R4:
-            if (std::isfinite(number) && std::fabs(number) > static_cast<Number>(std::numeric_limits<float>::max()))
-                return DISP_E_OVERFLOW;
-            target.fltVal = static_cast<float>(number);
-            return S_OK;
-        case VT_R8:
-        case VT_DATE:
-            target.dblVal = static_cast<double>(number);
-            return S_OK;
-        default:
-            return DISP_E_BADVARTYPE;
-    }
+    result = DISP_E_BADVARTYPE;
+    withNumber(target, type, [&](auto& member) { result = store(number, member); });
+    return result;
 }
 
 /// The value that a reference points to, borrowed; not for a reference to a variant.
 HRESULT follow(const VARIANT& reference, VARIANT& value) {
     value.vt = static_cast<VARTYPE>(reference.vt & ~VT_BYREF);
+    if (withNumber(value, value.vt, [&](auto& member) { std::memcpy(&member, reference.byref, sizeof member); }))
+        return S_OK;
     switch (value.vt) {
-        case VT_I1:
-        case VT_UI1:
-            value.bVal = *reference.pbVal;
-            return S_OK;
-        case VT_I2:
-        case VT_UI2:
-        case VT_BOOL:
-            value.iVal = *reference.piVal;
-            return S_OK;
-        case VT_I4:
-        case VT_UI4:
-        case VT_INT:
-        case VT_UINT:
-        case VT_R4:
         case VT_ERROR:
-            value.lVal = *reference.plVal;
-            return S_OK;
-        case VT_I8:
-        case VT_UI8:
-        case VT_R8:
-        case VT_DATE:
-            value.llVal = *reference.pllVal;
+            value.scode = *reference.pscode;
             return S_OK;
         case VT_BSTR:
         case VT_DISPATCH:
