@@ -14,7 +14,6 @@
 #include "automation/component/method_table.h"
 #include "automation/component/type_information.h"
 #include "automation/component/wide_text.h"
-#include "shared/utf16.h"
 
 namespace opane::component {
 namespace {
@@ -92,10 +91,14 @@ void checkReserved(REFIID riid) {
         throw ComponentError(DISP_E_UNKNOWNINTERFACE, "the reserved interface identifier is not null");
 }
 
-std::string quoted(LPOLESTR name) {
-    const std::basic_string_view<OLECHAR> units = name;
+std::string quoted(std::basic_string_view<OLECHAR> name) {
     std::string result(1, '"');
-    return result.append(utf8Text(std::u16string(units.begin(), units.end()))).append(1, '"');
+    return result.append(textOf(name)).append(1, '"');
+}
+
+/// Whether it is the dual interface or one that this extends.
+bool isOwn(REFIID riid) {
+    return riid == IID_IUnknown || riid == IID_IDispatch || riid == IID__clsOPaneCommDLL;
 }
 
 /// Moves the thread's error information into the exception of a late-bound call.
@@ -117,8 +120,7 @@ HRESULT AutomationObject::create(REFIID riid, void** object) {
         checkPointer(object, "the place for the object");
         *object = nullptr;
         // Asked before it is made: making one takes the thread's link over.
-        if (riid != IID_IUnknown && riid != IID_IDispatch && riid != IID__clsOPaneCommDLL &&
-            riid != IID_ISupportErrorInfo)
+        if (!isOwn(riid) && riid != IID_ISupportErrorInfo)
             throw ComponentError(E_NOINTERFACE, "clsOPaneCommDLL has no such interface");
         const ComponentHostScope host;
         auto* const made = new AutomationObject;
@@ -128,7 +130,7 @@ HRESULT AutomationObject::create(REFIID riid, void** object) {
 }
 
 void* AutomationObject::interfaceFor(REFIID riid) {
-    if (riid == IID_IUnknown || riid == IID_IDispatch || riid == IID__clsOPaneCommDLL)
+    if (isOwn(riid))
         return static_cast<_clsOPaneCommDLL*>(this);
     return riid == IID_ISupportErrorInfo ? static_cast<ISupportErrorInfo*>(this) : nullptr;
 }

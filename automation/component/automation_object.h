@@ -5,6 +5,7 @@
 
 #include "automation/clsOPaneCommDLL.h"
 #include "automation/component/lifetime.h"
+#include "automation/component/referenced.h"
 #include "opane/OPaneCommDLL.h"
 
 namespace opane::component {
@@ -55,6 +56,7 @@ private:
     template <auto Operation, typename... Arguments>
     HRESULT call(std::size_t slot, Arguments... arguments);
 
+    const Holding holding_;
     const std::uint64_t thread_ = callingThread();
     clsOPaneCommDLL object_;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "automation/component/lifetime.h"
+#include "automation/component/referenced.h"
 
 namespace opane::component {
 
@@ -16,6 +17,8 @@ private:
     friend Referenced;
 
     void* interfaceFor(REFIID riid);
+
+    const Holding holding_;
 };
 
 }  // namespace opane::component

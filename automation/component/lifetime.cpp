@@ -1,5 +1,7 @@
 #include "automation/component/lifetime.h"
 
+#include <atomic>
+
 namespace opane::component {
 namespace {
 

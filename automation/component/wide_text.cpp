@@ -6,9 +6,13 @@
 
 namespace opane::component {
 
-std::string textOf(BSTR text) {
+std::string textOf(std::basic_string_view<OLECHAR> text) {
     // Unit by unit: on Windows a unit is a wchar_t, of the same width.
-    return utf8Text(std::u16string(text, text + SysStringLen(text)));
+    return utf8Text(std::u16string(text.begin(), text.end()));
+}
+
+std::string textOf(BSTR text) {
+    return textOf(std::basic_string_view<OLECHAR>(text, SysStringLen(text)));
 }
 
 std::basic_string<OLECHAR> wideText(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "opane/component_runtime.h"
 
@@ -13,7 +14,8 @@ struct FreeString {
 /// An automation string that is freed at the end.
 using OwnedString = std::unique_ptr<OLECHAR, FreeString>;
 
-/// Text of an automation string in UTF-8; a null string is empty.
+/// Text of the component runtime in UTF-8; a null string is empty.
+std::string textOf(std::basic_string_view<OLECHAR> text);
 std::string textOf(BSTR text);
 
 /// UTF-8 as the component runtime takes it.

@@ -1,39 +1,18 @@
 #include "automation/component/posix/runtime/error_information.h"
 
-#include <atomic>
 #include <new>
 #include <string>
 #include <utility>
 
+#include "automation/component/referenced.h"
 #include "shared/utf16.h"
 
 namespace opane::component_runtime {
 namespace {
 
 /// One set of error information; filled by its maker, then read.
-class ErrorInformation final : public IErrorInfo, public ICreateErrorInfo {
+class ErrorInformation final : public component::Referenced<ErrorInformation, IErrorInfo, ICreateErrorInfo> {
 public:
-    HRESULT QueryInterface(REFIID riid, void** object) override {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (riid == IID_IUnknown || riid == IID_IErrorInfo)
-            *object = static_cast<IErrorInfo*>(this);
-        else if (riid == IID_ICreateErrorInfo)
-            *object = static_cast<ICreateErrorInfo*>(this);
-        else
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return ++references_; }
-    ULONG Release() override {
-        const ULONG left = --references_;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
     HRESULT GetGUID(GUID* guid) override { return give(guid_, guid); }
     HRESULT GetSource(BSTR* source) override { return give(source_, source); }
     HRESULT GetDescription(BSTR* description) override { return give(description_, description); }
@@ -53,7 +32,15 @@ public:
     }
 
 private:
+    friend Referenced;
+
     ~ErrorInformation() = default;
+
+    void* interfaceFor(REFIID riid) {
+        if (riid == IID_IUnknown || riid == IID_IErrorInfo)
+            return static_cast<IErrorInfo*>(this);
+        return riid == IID_ICreateErrorInfo ? static_cast<ICreateErrorInfo*>(this) : nullptr;
+    }
 
     template <typename Value>
     static HRESULT give(const Value& value, Value* target) {
@@ -75,7 +62,6 @@ private:
         return E_OUTOFMEMORY;
     }
 
-    std::atomic<ULONG> references_{1};
     GUID guid_{};
     std::u16string source_;
     std::u16string description_;
