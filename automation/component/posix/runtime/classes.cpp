@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "automation/component/boundary.h"
 #include "automation/component/posix/runtime/error_information.h"
 #include "automation/component/posix/runtime/identifiers.h"
 #include "automation/component/posix/runtime/registry.h"
@@ -23,6 +24,7 @@
 namespace opane::component_runtime {
 namespace {
 
+using component::ComponentError;
 using GetClassObject = HRESULT(REFCLSID clsid, REFIID riid, void** object);
 using CanUnloadNow = HRESULT();
 constexpr const char* kClassObjectEntry = "DllGetClassObject";
@@ -40,20 +42,14 @@ std::vector<LoadedLibrary>& libraries() {
     return *loaded;
 }
 
-/// A failure with its code; its text is the explanation.
-struct Failure {
-    HRESULT code;
-    std::string text;
-};
-
 /// Runs part of the runtime; what it raises becomes a code with its explanation, and nothing leaves.
 template <typename Call>
 HRESULT guarded(Call&& call) noexcept {
     SetErrorInfo(0, nullptr);
     try {
         return call();
-    } catch (const Failure& failure) {
-        return explain(failure.code, failure.text.c_str());
+    } catch (const ComponentError& error) {
+        return explain(error.code(), error.what());
     } catch (const RuntimeError& error) {
         const bool denied = error.number() == ErrorNumber::permissionDenied;
         return explain(denied ? E_ACCESSDENIED : SELFREG_E_CLASS, error.what());
@@ -65,7 +61,7 @@ HRESULT guarded(Call&& call) noexcept {
 }
 
 /// A component, which stays loaded while it is held here and until it may be unloaded.
-/// @throws Failure when the file is no component
+/// @throws ComponentError when the file is no component
 std::shared_ptr<const SharedLibrary> loadComponent(const std::string& file) {
     const std::lock_guard lock(librariesMutex);
     auto& loaded = libraries();
@@ -76,11 +72,12 @@ std::shared_ptr<const SharedLibrary> loadComponent(const std::string& file) {
     try {
         auto library = std::make_shared<const SharedLibrary>(file);
         if (library->function<GetClassObject>(kClassObjectEntry) == nullptr)
-            throw Failure{CO_E_ERRORINDLL, "\"" + file + "\" is no component: it exports no " + kClassObjectEntry};
+            throw ComponentError(CO_E_ERRORINDLL,
+                                 "\"" + file + "\" is no component: it exports no " + kClassObjectEntry);
         loaded.push_back({file, library});
         return library;
     } catch (const RuntimeError& error) {
-        throw Failure{CO_E_DLLNOTFOUND, error.what()};
+        throw ComponentError(CO_E_DLLNOTFOUND, error.what());
     }
 }
 
@@ -89,7 +86,7 @@ std::optional<RegisteredClass> lookUp(const std::function<bool(const RegisteredC
     try {
         return findClass(matches);
     } catch (const RuntimeError& error) {
-        throw Failure{REGDB_E_READREGDB, error.what()};
+        throw ComponentError(REGDB_E_READREGDB, error.what());
     }
 }
 
@@ -110,7 +107,8 @@ HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid) {
         const std::string name = opane::utf8Text(progId);
         const auto row = lookUp([&](const RegisteredClass& entry) { return opane::isSameName(entry.progId, name); });
         if (!row)
-            throw Failure{CO_E_CLASSSTRING, "no class \"" + name + "\" is registered in \"" + registryFile() + "\""};
+            throw ComponentError(CO_E_CLASSSTRING,
+                                 "no class \"" + name + "\" is registered in \"" + registryFile() + "\"");
         *clsid = row->clsid;
         return S_OK;
     });
@@ -123,15 +121,15 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* /*reserved*/, REFI
     return guarded([&] {
         const auto row = lookUp([&](const RegisteredClass& entry) { return entry.clsid == clsid; });
         if ((context & CLSCTX_INPROC_SERVER) == 0)
-            throw Failure{REGDB_E_CLASSNOTREG,
-                          "components run in the host's process: CLSCTX_INPROC_SERVER is not asked for"};
+            throw ComponentError(REGDB_E_CLASSNOTREG,
+                                 "components run in the host's process: CLSCTX_INPROC_SERVER is not asked for");
         if (!row)
-            throw Failure{REGDB_E_CLASSNOTREG,
-                          "no class " + identifierText(clsid) + " is registered in \"" + registryFile() + "\""};
+            throw ComponentError(REGDB_E_CLASSNOTREG,
+                                 "no class " + identifierText(clsid) + " is registered in \"" + registryFile() + "\"");
         const auto component = loadComponent(row->library);
         const HRESULT result = component->function<GetClassObject>(kClassObjectEntry)(clsid, riid, object);
         if (SUCCEEDED(result) && *object == nullptr)
-            throw Failure{CO_E_ERRORINDLL, "\"" + row->library + "\" gives no class object"};
+            throw ComponentError(CO_E_ERRORINDLL, "\"" + row->library + "\" gives no class object");
         return result;
     });
 }
@@ -164,8 +162,9 @@ HRESULT OpaneRegisterClass(REFCLSID clsid, const char* progId, const char* libra
     return guarded([&] {
         const RegisteredClass row{clsid, progId, library};
         if (!row.library.starts_with('/') || !isLineFree(row.library) || !isLineFree(row.progId))
-            throw Failure{E_INVALIDARG, "\"" + row.library + "\" for \"" + row.progId +
-                                            "\": expected an absolute path and a name, without tabs and line breaks"};
+            throw ComponentError(E_INVALIDARG,
+                                 "\"" + row.library + "\" for \"" + row.progId +
+                                     "\": expected an absolute path and a name, without tabs and line breaks");
         enterClass(clsid, row);
         return S_OK;
     });
