@@ -102,9 +102,7 @@ public:
 
     void visit(window::Frame& control) override {
         auto* const widget = new QGroupBox(captionToQt(control.caption()));
-        QSizePolicy policy = widget->sizePolicy();
-        policy.setRetainSizeWhenHidden(true);  // the window stays as large as it is
-        widget->setSizePolicy(policy);
+        keepPlace(*widget);  // the window stays as large as it is
         add(control, widget, [&control, widget](Change what) {
             if (what == Change::caption)
                 widget->setTitle(captionToQt(control.caption()));

@@ -54,4 +54,10 @@ void Grid::add(const window::Control& control, QWidget* widget) {
                        besideTall ? Qt::AlignTop : Qt::Alignment());
 }
 
+void keepPlace(QWidget& widget) {
+    QSizePolicy policy = widget.sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget.setSizePolicy(policy);
+}
+
 }  // namespace opane::qt

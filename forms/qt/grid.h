@@ -25,4 +25,7 @@ private:
     bool spareColumn_ = true;  // the spare room at the right is a column of its own, which growing widgets reach into
 };
 
+/// The widget keeps its room in a layout while it is hidden.
+void keepPlace(QWidget& widget);
+
 }  // namespace opane::qt

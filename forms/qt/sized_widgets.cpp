@@ -14,16 +14,6 @@ int textWidth(const QFontMetrics& metrics, int characters) {
     return metrics.horizontalAdvance(u'0') * characters;
 }
 
-}  // namespace
-
-QSize LineBox::sizeHint() const {
-    const QSize usual = QLineEdit::sizeHint();
-    const int usualText = fontMetrics().horizontalAdvance(u'x') * 17;  // what Qt makes room for
-    return {usual.width() - usualText + textWidth(fontMetrics(), characters_), usual.height()};
-}
-
-namespace {
-
 /// The given font where it is there, else the system's own of a fixed pitch.
 QFont fixedPitchFont() {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
@@ -32,6 +22,12 @@ QFont fixedPitchFont() {
 }
 
 }  // namespace
+
+QSize LineBox::sizeHint() const {
+    const QSize usual = QLineEdit::sizeHint();
+    const int usualText = fontMetrics().horizontalAdvance(u'x') * 17;  // what Qt makes room for
+    return {usual.width() - usualText + textWidth(fontMetrics(), characters_), usual.height()};
+}
 
 LinesBox::LinesBox(const window::TextBox::Style& style) : characters_(style.characters), lines_(style.lines) {
     setTabChangesFocus(true);

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 
+#include "forms/qt/grid.h"
 #include "forms/qt/qt_text.h"
 
 namespace opane::qt {
@@ -10,12 +11,6 @@ namespace {
 
 constexpr int kPatienceMs = 400;  ///< what ends sooner is not worth a word
 const QString kClosing = QStringLiteral("Closing when this has ended ...");
-
-void keepPlace(QWidget& widget) {
-    QSizePolicy policy = widget.sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    widget.setSizePolicy(policy);
-}
 
 }  // namespace
 
