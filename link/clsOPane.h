@@ -81,8 +81,7 @@ public:
 
     /// One exchange: sends a request frame and reads the answer, repeats it after errors, and resynchronises the link
     /// when the module stays silent or rejects the command (docs/wire.md, "Exchange"; log lines in docs/log.md).
-    /// Blocks on a silent module for six times Timeout (twelve on an RS485 bus without its echo), then for 12.5 s of
-    /// handshakes. A resynchronisation leaves Timeout at 1000.
+    /// How long it blocks, also on a silent module: docs/bounds.md. A resynchronisation leaves Timeout at 1000 ms.
     /// @param bytLength               number of data bytes to send
     /// @param bytType                 command type; the answer must have the same
     /// @param arrbytData              its first bytLength elements are sent

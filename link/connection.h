@@ -17,7 +17,7 @@ struct ConnectionChoice {
 
 /// Makes the connection: gives the link the rate, the port (when it is another one) and the bus type, and does one
 /// handshake with a Timeout of 100 ms. Afterwards Timeout is 1000; after a raised error it may be 100.
-/// Blocks for at most 102 ms, on RS485 204.
+/// Blocks for one handshake (docs/bounds.md).
 /// @return whether the module of that node has answered
 /// @throws RuntimeError 380 for a rate that the system does not have, 8018 when the port did not open, with the reason,
 ///         57 when the device vanishes
