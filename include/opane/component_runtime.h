@@ -308,9 +308,9 @@ OPANE_RUNTIME_API HRESULT SetErrorInfo(ULONG reserved, IErrorInfo* info);   ///<
 OPANE_RUNTIME_API HRESULT GetErrorInfo(ULONG reserved, IErrorInfo** info);  ///< takes it; S_FALSE and null: none
 
 /// Enters a class into the registry: the file that OPANE_COMPONENT_REGISTRY names, else opane/components under
-/// XDG_DATA_HOME or ~/.local/share. Written whole, under a lock, so that parallel registrations lose nothing.
+/// XDG_DATA_HOME or ~/.local/share. Written whole, under a lock, so that parallel registrations lose nothing. Another
+/// class under the same programmatic identifier gives way.
 /// @param library  absolute path of the component, UTF-8
-/// Another class under the same programmatic identifier gives way.
 /// @return E_ACCESSDENIED, SELFREG_E_CLASS or E_INVALIDARG, with an explanation, and the registry stays as it was
 OPANE_RUNTIME_API HRESULT OpaneRegisterClass(REFCLSID clsid, const char* progId, const char* library);
 /// Takes it out again, and removes the file with its last class. One that is not there is no failure.
