@@ -29,7 +29,7 @@ Figure waiting(const std::string& name, double limit, double aim, const std::fun
     return {name, median(shares), limit, aim, "one thread, " + std::to_string(kRounds) + " waits of 1 s"};
 }
 
-/// Each round in a thread of its own, as one takes its 18 seconds.
+/// Each round in a thread of its own, as one takes long (docs/bounds.md).
 Figure wholeCommand() {
     std::vector<double> seconds(kRounds);
     std::vector<std::thread> rounds;

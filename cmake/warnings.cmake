@@ -1,8 +1,8 @@
 add_library(opane_warnings INTERFACE)
 target_compile_options(opane_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
-# One static library a folder: opane_<name> with the alias opane::<name>, its sources by name, includes by path from
-# the root. The libraries it uses follow with target_link_libraries.
+# A static library for each folder: opane_<name> with the alias opane::<name>, its sources by name, includes by path
+# from the root. The libraries it uses follow with target_link_libraries.
 function(opane_library name)
     add_library(opane_${name} STATIC ${ARGN})
     add_library(opane::${name} ALIAS opane_${name})

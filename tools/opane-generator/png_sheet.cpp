@@ -14,7 +14,7 @@ namespace opane {
 namespace {
 
 constexpr std::size_t kCodesPerRow = 16;
-constexpr std::size_t kScale = 4;   ///< picture pixels a module pixel, both ways
+constexpr std::size_t kScale = 4;   ///< picture pixels for each module pixel, both ways
 constexpr std::size_t kMargin = 7;  ///< module pixels left of and above the cells, with the hexadecimal digits
 constexpr std::size_t kGap = 2;     ///< module pixels between the cells of a sheet
 

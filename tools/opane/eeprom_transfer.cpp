@@ -107,7 +107,7 @@ RangeRead EepromTransfer::read(AddressRange range) {
         ProgressBar bar("reading", range.length, showsProgress());
         for (const AddressRange& block : blocksOf(range)) {
             ByteArray bytes;
-            // A module that has stopped answering is not asked again: each attempt would take its 18 seconds.
+            // A module that has stopped answering is not asked again: each attempt would take long (docs/bounds.md).
             const bool isAsked = result.isWhole() || connection_.link().IsSynchronized();
             bool isRead = false;
             try {

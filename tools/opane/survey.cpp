@@ -29,7 +29,7 @@ bool Survey::attempt(const std::string& what, const std::function<bool(clsOPane&
                 return true;
             Report& report = connection_.report();
             report.fail(what + ": " + connection_.session().whyNot());
-            stopped_ = !connection_.link().IsSynchronized();  // each further attempt would take its 18 seconds
+            stopped_ = !connection_.link().IsSynchronized();  // each further attempt would take long
             if (connection_.session().isCancelled())
                 report.fail("the rest was not asked for");
             else if (stopped_)
