@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <map>
+#include <sstream>
 
 #include "platform/services.h"
 #include "support/raised_number.h"
@@ -11,32 +13,20 @@
 namespace opane::test {
 namespace {
 
-std::tm moment(int year, int month, int day) {
-    std::tm result{};
-    result.tm_year = year - 1900;
-    result.tm_mon = month - 1;
-    result.tm_mday = day;
-    result.tm_hour = 9;
-    result.tm_min = 5;
-    result.tm_sec = 7;
-    return result;
-}
-
 class Log : public testing::Test {
 protected:
     Log() {
+        std::istringstream("01/05/02 09:05:07") >> std::get_time(&now, "%D %T");
         services->calendar = [this] { return now; };
         log.LogFolder(folder.path());
     }
 
-    void event(const std::string& procedure, const std::string& message, std::int16_t level) {
-        std::string strProcName = procedure;
-        std::string strdata = message;
-        log.LogEvent(strProcName, strdata, level);
+    void event(std::string procedure, std::string message, std::int16_t level) {
+        log.LogEvent(procedure, message, level);
     }
 
     TemporaryFolder folder;
-    std::tm now = moment(2002, 1, 5);
+    std::tm now{};
     ServicesScope services;
     clsLog log;
 };
@@ -58,13 +48,14 @@ TEST_F(Log, LaysOutEachLevel) {
     event("", "", 0);
     event("é", "Température", -1);
     event("four", "not written", 4);
-    const std::string start = "01/05/02 09:05:07 ";
-    const auto padded = [](const std::string& text, std::size_t width) { return text + std::string(width, ' '); };
+    const std::string start = "01/05/02 09:05:07 Level";
+    const auto blanks = [](std::size_t width) { return std::string(width, ' '); };
     EXPECT_EQ(contentOf(folder / "BANC1_01-05-02.LOG"),
-              start + "Level2   " + padded("Cmd Type : 6", 58) + padded("clsOPane,Clear", 6) + "\r\n" + start +
-                  "Level3     " + padded("Retry = 1", 61) + "clsOpane,SendDataAndReceiveResponse\r\n" + start +
-                  "Level1 " + longText + padded("one", 17) + "\r\n" + start + "Level0 " + std::string(90, ' ') +
-                  "\r\n" + start + "Level-1 " + padded("Température", 59) + padded("é", 19) + "\r\n");
+              start + "2   Cmd Type : 6" + blanks(58) + "clsOPane,Clear" + blanks(6) + "\r\n" +         //
+                  start + "3     Retry = 1" + blanks(61) + "clsOpane,SendDataAndReceiveResponse\r\n" +  //
+                  start + "1 " + longText + "one" + blanks(17) + "\r\n" +                               //
+                  start + "0 " + blanks(90) + "\r\n" +                                                  //
+                  start + "-1 Température" + blanks(59) + "é" + blanks(19) + "\r\n");
 }
 
 TEST_F(Log, PadsTheCallersOwnTextsWhenItWrites) {
@@ -78,46 +69,22 @@ TEST_F(Log, PadsTheCallersOwnTextsWhenItWrites) {
     EXPECT_EQ(message, "m" + std::string(69, ' '));
 }
 
-TEST_F(Log, ANewDayBeginsANewFileAndAnOldOneGrows) {
+TEST_F(Log, EveryLineHasItsOwnTimeAndEveryDayItsOwnFile) {
     log.LogLevel(2);
-    event("p", "first", 2);
-    now = moment(2002, 1, 6);
-    event("p", "second", 2);
-    now = moment(2002, 1, 5);
-    event("p", "third", 2);
-    EXPECT_EQ(contentOf(folder / "_01-06-02.LOG").find("first"), std::string::npos);
-    const std::string first = contentOf(folder / "_01-05-02.LOG");
-    EXPECT_LT(first.find("first"), first.find("third"));
-    EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 2);
-}
-
-TEST_F(Log, EndsItsFolderWithASeparator) {
-    for (const auto& [given, kept] : std::map<std::string, std::string>{{"a", "a/"}, {"a/", "a/"}, {"", ""}}) {
-        log.LogFolder(given);
-        EXPECT_EQ(log.LogFolder(), kept);
-    }
-}
-
-TEST_F(Log, TheSameTimeOfAnotherDayIsAnotherMoment) {
-    log.LogLevel(2);
-    for (const int day : {5, 6}) {
-        now = moment(2002, 1, day);
-        event("p", "m", 2);
-    }
-    EXPECT_EQ(contentOf(folder / "_01-06-02.LOG").find("01/06/02 09:05:07 "), 0U);
-}
-
-TEST_F(Log, EveryLineHasItsOwnTime) {
-    log.LogLevel(2);
-    for (const int second : {7, 8, 8, 7}) {
+    for (const auto& [day, second] : {std::pair{5, 7}, {5, 8}, {5, 8}, {6, 8}, {5, 7}}) {
+        now.tm_mday = day;
         now.tm_sec = second;
         event("p", "m", 2);
     }
-    const std::string lines = contentOf(folder / "_01-05-02.LOG");
-    std::string seconds;
-    for (auto at = lines.find("09:05:"); at != std::string::npos; at = lines.find("09:05:", at + 1))
-        seconds += lines.substr(at + 6, 2);
-    EXPECT_EQ(seconds, "07080807");
+    const auto times = [this](const std::string& name) {
+        std::istringstream lines(contentOf(folder / name));
+        std::string all;
+        for (std::string line; std::getline(lines, line);)
+            all += line.substr(0, 17) + '|';
+        return all;
+    };
+    EXPECT_EQ(times("_01-05-02.LOG"), "01/05/02 09:05:07|01/05/02 09:05:08|01/05/02 09:05:08|01/05/02 09:05:07|");
+    EXPECT_EQ(times("_01-06-02.LOG"), "01/06/02 09:05:08|");
 }
 
 TEST_F(Log, AFolderThatIsMissingIsAnErrorAndIsNotMade) {
@@ -135,48 +102,24 @@ TEST_F(Log, AFolderThatIsMissingIsAnErrorAndIsNotMade) {
     EXPECT_EQ(raisedNumber([this] { event("p", "m", 2); }), 75);
 }
 
-struct EnvironmentCase {
-    const char* name;
-    const char* level;
-    std::int16_t expected;
-};
-
-class LogEnvironment : public testing::TestWithParam<EnvironmentCase> {};
-
-TEST_P(LogEnvironment, RaisesTheLevelOfANewLog) {
-    const TemporaryFolder folder;
-    setenv("OPANE_LOG_LEVEL", GetParam().level, 1);
-    setenv("OPANE_LOG_TESTER", "BANC2", 1);
-    setenv("OPANE_LOG_FOLDER", folder.path().c_str(), 1);
-    const clsLog log;
-    unsetenv("OPANE_LOG_LEVEL");
-    unsetenv("OPANE_LOG_TESTER");
-    unsetenv("OPANE_LOG_FOLDER");
-    EXPECT_EQ(log.LogLevel(), GetParam().expected);
-    EXPECT_EQ(log.TesteurName(), "BANC2");
-    EXPECT_EQ(log.LogFolder(), folder.path() + "/");
-}
-
-INSTANTIATE_TEST_SUITE_P(Levels, LogEnvironment,
-                         testing::Values(EnvironmentCase{"two", "2", 2}, EnvironmentCase{"zero", "0", 0},
-                                         EnvironmentCase{"three", "3", 3}, EnvironmentCase{"two_digits", "12", 0},
-                                         EnvironmentCase{"four", "4", 0}, EnvironmentCase{"word", "high", 0},
-                                         EnvironmentCase{"empty", "", 0}),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-TEST(LogTester, FromOutsideNamesNoOtherFolder) {
+TEST(LogSettings, OfANewLogMayComeFromOutside) {
+    EXPECT_TRUE(clsLog().LogFolder().ends_with("/log/") && clsLog().LogFolder().front() == '/') << clsLog().LogFolder();
+    for (const auto& [given, taken] : std::map<std::string, std::string>{{"a", "a/"}, {"a/", "a/"}}) {
+        setenv("OPANE_LOG_FOLDER", given.c_str(), 1);
+        EXPECT_EQ(clsLog().LogFolder(), taken);
+    }
+    for (const auto& [given, taken] :
+         std::map<std::string, std::int16_t>{{"2", 2}, {"0", 0}, {"3", 3}, {"12", 0}, {"4", 0}, {"high", 0}, {"", 0}}) {
+        setenv("OPANE_LOG_LEVEL", given.c_str(), 1);
+        EXPECT_EQ(clsLog().LogLevel(), taken) << given;
+    }
     for (const auto& [given, taken] : std::map<std::string, std::string>{
              {"BANC 2: été", "BANC 2: été"}, {"../BANC2", ""}, {"BANC\\2", ""}, {"BANC\n2", ""}, {"BANC\x7F", ""}}) {
         setenv("OPANE_LOG_TESTER", given.c_str(), 1);
         EXPECT_EQ(clsLog().TesteurName(), taken);
-        unsetenv("OPANE_LOG_TESTER");
     }
-}
-
-TEST(LogFolder, IsUnderTheLibrarysFolder) {
-    const std::string folder = clsLog().LogFolder();
-    EXPECT_TRUE(folder.ends_with("/log/")) << folder;
-    EXPECT_EQ(folder.front(), '/');
+    for (const char* const name : {"OPANE_LOG_FOLDER", "OPANE_LOG_LEVEL", "OPANE_LOG_TESTER"})
+        unsetenv(name);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support/bench.h"
+#include "support/row_name.h"
 
 namespace opane::test {
 namespace {
@@ -28,44 +29,41 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     EXPECT_EQ(bench.line.portEvents.back(), "open 2 19200,N,8,1") << "what was written last";
     link.CommPort(3);  // as good as a rate for writing both
     EXPECT_EQ(bench.line.portEvents.back(), "open 3 38400,N,8,1");
+    globals.gobjOPane.reset();
+    EXPECT_EQ(bench.line.portEvents.back(), "close");
 }
 
 TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
     LinkBench bench;
     clsOPane& link = bench.link();
-    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
     link.Baudrate(9600);
-    EXPECT_FALSE(link.IsSynchronized());
-    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
-    link.CommPort(1);
-    EXPECT_FALSE(link.IsSynchronized());
-    ASSERT_TRUE(link.SendSynchronizeCharacter(3));
-    link.CloseCommunication();
-    EXPECT_FALSE(link.IsSynchronized());
+    bench.line.portEvents.clear();
+    const std::function<void()> writes[]{[&] { link.Baudrate(9600); }, [&] { link.CommPort(1); },
+                                         [&] { link.CloseCommunication(); }};
+    for (const auto& write : writes) {
+        ASSERT_TRUE(link.SendSynchronizeCharacter(3));
+        write();
+        EXPECT_FALSE(link.IsSynchronized());
+    }
     link.CloseCommunication();  // closed already: only the flag
     EXPECT_TRUE(link.OpenCommunication());
-    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close",
-                                             "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1"}));
+    EXPECT_EQ(bench.line.portEvents,
+              (Events{"close", "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1"}));
 }
 
-TEST(PortSettings, ARefusedRateIsStoredAllTheSame) {
-    LinkBench bench;
-    EXPECT_EQ(raisedNumber([&] { bench.link().Baudrate(-1); }), 380);
-    EXPECT_EQ(bench.link().Baudrate(), -1);
-    EXPECT_FALSE(bench.link().IsOpen());
-}
-
-TEST(PortSettings, AMissingPortLeavesItClosedAndTheNumberStored) {
+TEST(PortSettings, WhatIsRefusedIsStoredAllTheSameAndThePortStaysClosed) {
     LinkBench bench;
     clsOPane& link = bench.link();
+    EXPECT_EQ(raisedNumber([&] { link.Baudrate(-1); }), 380);
+    EXPECT_EQ(link.Baudrate(), -1);
+    EXPECT_FALSE(link.IsOpen());
     link.Baudrate(9600);
     bench.line.missingPort = 7;
     link.CommPort(7);
     EXPECT_EQ(link.CommPort(), 7);
     EXPECT_FALSE(link.IsOpen());
     EXPECT_EQ(raisedNumber([&] { link.SendSynchronizeCharacter(3); }), 8018);
-    ByteArray info;
-    EXPECT_EQ(raisedNumber([&] { link.SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info); }), 8018);
+    EXPECT_EQ(raisedNumber([&] { link.OPaneCmd_Clear(0); }), 8018);
     link.CommPort(1);
     EXPECT_TRUE(link.SendSynchronizeCharacter(3));
 }
@@ -76,17 +74,6 @@ TEST(Link, ACommandWithoutALogIsRefusedBeforeAnythingIsSent) {
     EXPECT_EQ(raisedNumber([&] { bench.link().OPaneCmd_Clear(0); }), 91);
     EXPECT_TRUE(bench.module.frames().empty());
 }
-
-TEST(PortSettings, ADestroyedLinkClosesItsPort) {
-    Bench bench;
-    auto link = clsOPane::create();
-    link->OpenCommunication();
-    link.reset();
-    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close"}));
-}
-
-// ---- handshake
-// -------------------------------------------------------------------------------------------------------
 
 struct HandshakeCase {
     const char* name;
@@ -104,43 +91,37 @@ class Handshake : public testing::TestWithParam<HandshakeCase> {};
 TEST_P(Handshake, SendsOneCharacterAndLooksAtOneAnswer) {
     LinkBench bench;
     ScriptedPeer& peer = bench.scripted();
-    peer.answers = {{0x16}};
-    ASSERT_TRUE(bench.link().SendSynchronizeCharacter(1));
-
     const HandshakeCase& row = GetParam();
-    peer.answers = {row.answer};
+    peer.answers = {{0x16}, row.answer, {0xAA, 0, 0, 0, 0, 6, 0}};
+    ASSERT_TRUE(bench.link().SendSynchronizeCharacter(1));
     bench.link().CommunicationType(row.bus);
     EXPECT_EQ(bench.link().SendSynchronizeCharacter(row.node), row.result);
     EXPECT_EQ(peer.heard.back(), ByteArray{row.sent});
     EXPECT_EQ(bench.link().IsSynchronized(), row.synchronizedAfter);
-
-    // The node number shows in the next frame.
     bench.link().CommunicationType("RS232");
-    peer.answers = {{0xAA, 0, 0, 0, 0, 8, 0}};
-    ByteArray info;
-    ASSERT_TRUE(bench.link().SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info));
+    ASSERT_TRUE(bench.link().OPaneCmd_Clear(0));
     EXPECT_EQ(peer.heard.back().at(2), row.nodeAfter);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Codes, Handshake,
-    testing::Values(HandshakeCase{"node_0", "RS232", 0, 0xA5, {0x15}, true, true, 0},
-                    HandshakeCase{"node_1", "RS232", 1, 0xA6, {0x16}, true, true, 1},
-                    HandshakeCase{"node_2", "RS232", 2, 0xA7, {0x17}, true, true, 2},
-                    HandshakeCase{"node_3", "RS232", 3, 0xA8, {0x18}, true, true, 3},
-                    HandshakeCase{"node_4", "RS232", 4, 0x00, {0x00}, true, true, 4},
-                    HandshakeCase{"node_5", "RS232", 5, 0x00, {0x00}, true, true, 5},
-                    HandshakeCase{"negative_node", "RS232", -1, 0x00, {0x18}, false, false, 1},
-                    HandshakeCase{"another_nodes_answer", "RS232", 2, 0xA7, {0x18}, false, false, 1},
-                    HandshakeCase{"right_answer_second", "RS232", 2, 0xA7, {0x00, 0x17}, false, false, 1},
-                    HandshakeCase{"silence", "RS232", 2, 0xA7, {}, false, false, 1},
-                    HandshakeCase{"bus", "RS485", 2, 0xA7, {0xA7, 0x17}, true, true, 2},
-                    HandshakeCase{"bus_with_damaged_echo", "RS485", 2, 0xA7, {0x3C, 0x17}, true, true, 2},
-                    HandshakeCase{"bus_without_echo", "RS485", 2, 0xA7, {0x17}, false, false, 1},
-                    HandshakeCase{"bus_with_wrong_answer", "RS485", 2, 0xA7, {0xA7, 0x16}, false, false, 1},
-                    HandshakeCase{"no_bus_type", "", 2, 0xA7, {0x17}, false, true, 1},
-                    HandshakeCase{"other_letter_case", "rs232", 2, 0xA7, {0x17}, false, true, 1}),
-    [](const auto& row) { return std::string(row.param.name); });
+const HandshakeCase kHandshakes[]{
+    {"node_0", "RS232", 0, 0xA5, {0x15}, true, true, 0},
+    {"node_1", "RS232", 1, 0xA6, {0x16}, true, true, 1},
+    {"node_2", "RS232", 2, 0xA7, {0x17}, true, true, 2},
+    {"node_3", "RS232", 3, 0xA8, {0x18}, true, true, 3},
+    {"node_4", "RS232", 4, 0x00, {0x00}, true, true, 4},
+    {"node_5", "RS232", 5, 0x00, {0x00}, true, true, 5},
+    {"negative_node", "RS232", -1, 0x00, {0x18}, false, false, 1},
+    {"another_nodes_answer", "RS232", 2, 0xA7, {0x18}, false, false, 1},
+    {"right_answer_second", "RS232", 2, 0xA7, {0x00, 0x17}, false, false, 1},
+    {"silence", "RS232", 2, 0xA7, {}, false, false, 1},
+    {"bus", "RS485", 2, 0xA7, {0xA7, 0x17}, true, true, 2},
+    {"bus_with_damaged_echo", "RS485", 2, 0xA7, {0x3C, 0x17}, true, true, 2},
+    {"bus_without_echo", "RS485", 2, 0xA7, {0x17}, false, false, 1},
+    {"bus_with_wrong_answer", "RS485", 2, 0xA7, {0xA7, 0x16}, false, false, 1},
+    {"no_bus_type", "", 2, 0xA7, {0x17}, false, true, 1},
+    {"other_letter_case", "rs232", 2, 0xA7, {0x17}, false, true, 1},
+};
+INSTANTIATE_TEST_SUITE_P(Codes, Handshake, testing::ValuesIn(kHandshakes), rowName);
 
 }  // namespace
 }  // namespace opane::test

@@ -16,18 +16,19 @@ namespace opane::test {
 namespace {
 
 namespace fs = std::filesystem;
+using Names = std::set<std::string>;
 
 const ByteArray kNew{'n', 'e', 'w'};
 
 class WholeFile : public testing::Test {
 protected:
-    std::set<std::string> names() {
-        std::set<std::string> all;
+    Names names() const {
+        Names all;
         for (const auto& entry : fs::directory_iterator(folder.path()))
             all.insert(entry.path().filename());
         return all;
     }
-    struct stat status() {
+    struct stat status() const {
         struct stat result {};
         stat(file.c_str(), &result);
         return result;
@@ -38,24 +39,22 @@ protected:
 };
 
 TEST_F(WholeFile, KeepsTheRightsOfTheFileThatItReplaces) {
-    for (const mode_t mode : {0600U, 0644U, 0666U, 0750U, 04755U, 02710U}) {
-        folder.write("file", "old");
-        [[maybe_unused]] const int given = chown(file.c_str(), 1234, 1235);  // where root may
-        chmod(file.c_str(), mode);
-        const struct stat before = status();
-        writeWholeFile(file, kNew);
-        const struct stat after = status();
-        EXPECT_EQ(contentOf(file), "new");
-        EXPECT_EQ(after.st_mode, before.st_mode);
-        EXPECT_EQ(after.st_uid, before.st_uid);
-        EXPECT_EQ(after.st_gid, before.st_gid);
-        EXPECT_EQ(names(), std::set<std::string>{"file"});
-        fs::remove(file);
-    }
     const mode_t earlier = umask(027);
     writeWholeFile(file, kNew);
     umask(earlier);
     EXPECT_EQ(status().st_mode & 07777, 0640) << "a new one is as the user has it";
+    [[maybe_unused]] const int given = chown(file.c_str(), 1234, 1235);  // where root may
+    for (const mode_t mode : {0600U, 0644U, 0666U, 0750U, 04755U, 02710U}) {
+        folder.write("file", "old");
+        chmod(file.c_str(), mode);
+        const struct stat before = status();
+        writeWholeFile(file, kNew);
+        EXPECT_EQ(contentOf(file), "new");
+        EXPECT_EQ(status().st_mode, before.st_mode);
+        EXPECT_EQ(status().st_uid, before.st_uid);
+        EXPECT_EQ(status().st_gid, before.st_gid);
+        EXPECT_EQ(names(), Names{"file"});
+    }
 }
 
 TEST_F(WholeFile, FollowsALinkOfItsNameAndNoOther) {
@@ -72,18 +71,17 @@ TEST_F(WholeFile, FollowsALinkOfItsNameAndNoOther) {
 }
 
 TEST_F(WholeFile, RemovesWhatAKilledWriterLeftAndNothingElse) {
-    const std::set<std::string> others{"file.0123456789abcdeg.part", "file.12345.part", "files.0123456789abcdef.part",
-                                       "file.1111111111111111.part"};
-    for (const std::string& name : others)
+    Names kept{"file.0123456789abcdeg.part", "file.12345.part", "files.0123456789abcdef.part",
+               "file.1111111111111111.part"};
+    for (const std::string& name : kept)
         folder.write(name, "old");
     const FileDescriptor written = openFile((folder / "file.1111111111111111.part").c_str(), O_WRONLY);
     flock(written.get(), LOCK_EX);  // as a living writer
     folder.write("file.0123456789abcdef.part", "old");
     folder.write("file.fedcba9876543210.part", "");
     writeWholeFile(file, kNew);
-    std::set<std::string> expected = others;
-    expected.insert("file");
-    EXPECT_EQ(names(), expected);
+    kept.insert("file");
+    EXPECT_EQ(names(), kept);
 }
 
 TEST_F(WholeFile, ThatIsRefusedStaysAsItWas) {
@@ -91,26 +89,26 @@ TEST_F(WholeFile, ThatIsRefusedStaysAsItWas) {
         mode_t folderMode;
         gid_t group;
         const char* secondName;
-        int raised;
+        ErrorNumber raised;
         const char* says;
     };
-    for (const Row& row : {Row{0777, 0, "second", 75, "it has 2 names (hard links)"},
-                           Row{0555, 0, nullptr, 70, "nothing can be made in its folder"},
-                           Row{0777, 1235, nullptr, 70, "its group cannot be kept"}}) {
+    for (const Row& row : {Row{0777, 0, "second", ErrorNumber::pathFileAccess, "it has 2 names (hard links)"},
+                           Row{0555, 0, nullptr, ErrorNumber::permissionDenied, "nothing can be made in its folder"},
+                           Row{0777, 1235, nullptr, ErrorNumber::permissionDenied, "its group cannot be kept"}}) {
         folder.write("file", "old");
         chmod(file.c_str(), 0640);
         const bool isGiven = chown(file.c_str(), WithoutRights::kNobody, row.group) == 0;  // only root may
         if (row.secondName != nullptr)
             fs::create_hard_link(file, folder / row.secondName);
-        const std::set<std::string> before = names();
+        const Names before = names();
         chmod(folder.path().c_str(), row.folderMode);
         try {
             const WithoutRights asNobody;
             writeWholeFile(file, kNew);
             EXPECT_TRUE(row.group != 0 && !isGiven) << row.says;
         } catch (const RuntimeError& error) {
-            EXPECT_EQ(static_cast<int>(error.number()), row.raised);
-            EXPECT_NE(std::string(error.what()).find(row.says), std::string::npos) << error.what();
+            EXPECT_EQ(error.number(), row.raised);
+            EXPECT_PRED_FORMAT2(testing::IsSubstring, row.says, error.what());
             EXPECT_EQ(contentOf(file), "old");
         }
         chmod(folder.path().c_str(), 0755);

@@ -43,12 +43,17 @@ public:
     ServicesScope services;
 };
 
-/// A bench with the thread's link on it, as an owner would set it up, synchronised by nobody yet.
+/// A bench with the thread's link on it, as an owner would set it up, synchronised by nobody yet. Message boxes are kept
+/// and answered with OK.
 class LinkBench : public Bench {
 public:
     explicit LinkBench(simulator::ModuleOptions options = {}) : Bench(std::move(options)) {
-        holder.adopt(clsOPane::create());
-        holder.adopt(std::make_shared<clsLog>());
+        services->messageBox = [this](const std::string& text, const std::string& title, MessageBoxButtons buttons) {
+            boxes.push_back(title + ": " + text + (buttons == MessageBoxButtons::okCancel ? "|Cancel" : ""));
+            return MessageBoxAnswer::ok;
+        };
+        holder.globals().gobjOPane = clsOPane::create();
+        holder.globals().gobjLog = std::make_shared<clsLog>();
         holder.globals().gintCommPort = 1;
         link().Initialize();
         link().CommunicationType("RS232");
@@ -63,6 +68,14 @@ public:
         threadLog()->writer(std::make_unique<RecordingWriter>(log));
     }
 
+    /// The log's lines, a bar between each two.
+    std::string logged() const {
+        std::string all;
+        for (const std::string& entry : log)
+            all += (all.empty() ? "" : "|") + entry;
+        return all;
+    }
+
     /// Puts a scripted peer at the other end.
     ScriptedPeer& scripted() {
         line.peer = &script;
@@ -70,6 +83,7 @@ public:
     }
 
     std::vector<std::string> log;
+    std::vector<std::string> boxes;  ///< "title: text", with "|Cancel" when it has that button too
     ScriptedPeer script;
     GlobalsHolder holder;
 };

@@ -19,6 +19,7 @@ struct MemoryLine {
     std::vector<std::string> portEvents{};  ///< "open 1 9600,N,8,1", "close"
     std::int16_t missingPort = 0;           ///< this port number does not open
     int waits = 0;                          ///< how often a wait began
+    std::string steps{};                    ///< what was asked of it: "all read write one wait read "
 };
 
 /// A serial control on a line in memory, in virtual time.
@@ -27,7 +28,7 @@ public:
     explicit MemorySerialControl(MemoryLine& line) : line_(line) {}
 
     std::int16_t InputMode() const override { return 1; }
-    void InputMode(std::int16_t) override {}
+    void InputMode(std::int16_t intInputMode) override { line_.steps += intInputMode == 1 ? "binary " : "text "; }
     std::int16_t CommPort() const override { return port_; }
     void CommPort(std::int16_t intCommPort) override {
         if (open_)
@@ -50,23 +51,29 @@ public:
         received_.clear();
     }
     std::int16_t InputLen() const override { return inputLen_; }
-    void InputLen(std::int16_t intInputLen) override { inputLen_ = intInputLen; }
+    void InputLen(std::int16_t intInputLen) override {
+        line_.steps += intInputLen == 0 ? "all " : "one ";
+        inputLen_ = intInputLen;
+    }
 
     std::span<const std::uint8_t> Input() override {
+        line_.steps += "read ";
         requireDevice();
         const ByteArray arrived = line_.peer->takeOutput(line_.time.micros);
         received_.insert(received_.end(), arrived.begin(), arrived.end());
-        const std::size_t count = inputLen_ == 0 ? received_.size() : std::min<std::size_t>(1, received_.size());
-        taken_.assign(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
-        received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
+        const auto end = inputLen_ == 0 || received_.empty() ? received_.end() : received_.begin() + 1;
+        taken_.assign(received_.begin(), end);
+        received_.erase(received_.begin(), end);
         return taken_;
     }
     void Output(std::span<const std::uint8_t> arrbytOutput) override {
+        line_.steps += "write ";
         requireDevice();
         line_.peer->receive(arrbytOutput, line_.time.micros);
     }
     bool WaitForInput(std::int32_t limitMs) override {
         ++line_.waits;
+        line_.steps += "wait ";
         if (!received_.empty() || line_.peer->gone())
             return true;
         const auto next = line_.peer->nextOutputAt();
