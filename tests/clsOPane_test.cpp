@@ -7,6 +7,7 @@ namespace opane::test {
 namespace {
 
 using Events = std::vector<std::string>;
+constexpr auto kOpen = "open 1 9600,N,8,1";
 
 TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     Bench bench;
@@ -21,7 +22,7 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     EXPECT_EQ(link.CommPort(), 2);
     EXPECT_EQ(link.Baudrate(), 0);
     link.Baudrate(19200);
-    EXPECT_EQ(bench.line.portEvents, (Events{"open 1 9600,N,8,1", "close", "open 2 19200,N,8,1"}));
+    EXPECT_EQ(bench.line.portEvents, (Events{kOpen, "close", "open 2 19200,N,8,1"}));
     link.Terminate();
     EXPECT_FALSE(link.IsOpen());
     globals.glngBaudrate = 38400;
@@ -38,17 +39,15 @@ TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
     clsOPane& link = bench.link();
     link.Baudrate(9600);
     bench.line.portEvents.clear();
-    const std::function<void()> writes[]{[&] { link.Baudrate(9600); }, [&] { link.CommPort(1); },
-                                         [&] { link.CloseCommunication(); }};
-    for (const auto& write : writes) {
+    for (const bool isRate : {true, false}) {
         ASSERT_TRUE(link.SendSynchronizeCharacter(3));
-        write();
+        isRate ? link.Baudrate(9600) : link.CommPort(1);
         EXPECT_FALSE(link.IsSynchronized());
     }
-    link.CloseCommunication();  // closed already: only the flag
+    link.CloseCommunication();
+    link.CloseCommunication();
     EXPECT_TRUE(link.OpenCommunication());
-    EXPECT_EQ(bench.line.portEvents,
-              (Events{"close", "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close", "open 1 9600,N,8,1"}));
+    EXPECT_EQ(bench.line.portEvents, (Events{"close", kOpen, "close", kOpen, "close", kOpen}));
 }
 
 TEST(PortSettings, WhatIsRefusedIsStoredAllTheSameAndThePortStaysClosed) {
@@ -66,12 +65,8 @@ TEST(PortSettings, WhatIsRefusedIsStoredAllTheSameAndThePortStaysClosed) {
     EXPECT_EQ(raisedNumber([&] { link.OPaneCmd_Clear(0); }), 8018);
     link.CommPort(1);
     EXPECT_TRUE(link.SendSynchronizeCharacter(3));
-}
-
-TEST(Link, ACommandWithoutALogIsRefusedBeforeAnythingIsSent) {
-    LinkBench bench;
-    bench.holder.adopt(std::shared_ptr<clsLog>());
-    EXPECT_EQ(raisedNumber([&] { bench.link().OPaneCmd_Clear(0); }), 91);
+    bench.holder.globals().gobjLog.reset();
+    EXPECT_EQ(raisedNumber([&] { link.OPaneCmd_Clear(0); }), 91) << "there is no log";
     EXPECT_TRUE(bench.module.frames().empty());
 }
 

@@ -62,17 +62,13 @@ TEST_F(Exchange, RefusesShortDataAndANodeBeyondAByteBeforeAnythingIsSentOrLogged
     EXPECT_EQ(info, (ByteArray{9, 9, 9, 9}));
 }
 
-TEST_F(Exchange, AnAnswerOfType0IsAnErrorAlsoToARequestOfType0) {
-    bench.scripted().answers = {{0xAA, 0, 3, 0, 0, 0, 0xFD}};
-    EXPECT_FALSE(bench.link().SendDataAndReceiveResponse(0, 0, 0, 0, ByteArray{0}, info));
-    EXPECT_EQ(bench.log.at(1), "Error, command erreur received");
-}
-
-TEST_F(Exchange, ATrueResultReplacesTheInfo) {
-    bench.scripted().answers = {kVersionAnswer};
+TEST_F(Exchange, ATrueResultReplacesTheInfoAndType0IsNeverTrue) {
+    bench.scripted().answers = {kVersionAnswer, {0xAA, 0, 3, 0, 0, 0, 0xFD}};
     EXPECT_TRUE(askVersion());
     EXPECT_EQ(info, (ByteArray{0x56, 0x00}));
     EXPECT_EQ(bench.logged(), kSendVersion + '|' + kVersionReceived);
+    EXPECT_FALSE(bench.link().SendDataAndReceiveResponse(0, 0, 0, 0, ByteArray{0}, info));
+    EXPECT_EQ(bench.log.at(3), "Error, command erreur received");
 }
 
 struct FaultCase {

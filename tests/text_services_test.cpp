@@ -5,7 +5,6 @@
 #include "platform/message_box.h"
 #include "platform/services.h"
 #include "shared/utf8.h"
-#include "support/row_name.h"
 
 namespace opane::test {
 namespace {
@@ -21,38 +20,27 @@ TEST(CodePage, IsWindows1252AndGoesThereAndBack) {
         EXPECT_EQ(codePageByte(codePageCharacter(static_cast<std::uint8_t>(code))), code);
 }
 
-struct Utf8Case {
-    const char* name;
-    std::string bytes;
-    std::u32string characters;
-};
-
-class Utf8 : public testing::TestWithParam<Utf8Case> {};
-
-TEST_P(Utf8, IsDecoded) {
-    const auto& [name, bytes, characters] = GetParam();
-    EXPECT_EQ(decodeUtf8(bytes), characters);
-    std::string back;
-    for (const char32_t character : characters)
-        appendUtf8(back, character);
-    EXPECT_EQ(back == bytes, isValidUtf8(bytes));
+TEST(Utf8, IsDecodedAndInvalidBytesAreToldApart) {
+    constexpr char32_t kBad = kInvalidCharacter;
+    const std::pair<std::string, std::u32string> sequences[]{
+        {"A", U"A"},
+        {"\xC3\xA9", U"é"},
+        {"\xE2\x82\xAC", U"€"},
+        {"\xF0\x9F\x98\x80", U"\U0001F600"},
+        {"A\xE2\x82", {U'A', kBad, kBad}},               // cut
+        {"\xE9tat", {kBad, U't', U'a', U't'}},           // Latin-1
+        {"\xA9\xC0\xAF", {kBad, kBad, kBad}},            // a lone tail, overlong
+        {"\xED\xA0\x80", {kBad, kBad, kBad}},            // a surrogate
+        {"\xF4\x90\x80\x80", {kBad, kBad, kBad, kBad}},  // beyond Unicode
+    };
+    for (const auto& [bytes, characters] : sequences) {
+        EXPECT_EQ(decodeUtf8(bytes), characters);
+        std::string back;
+        for (const char32_t character : characters)
+            appendUtf8(back, character);
+        EXPECT_EQ(back == bytes, isValidUtf8(bytes)) << bytes;
+    }
 }
-
-constexpr char32_t kBad = kInvalidCharacter;
-
-const Utf8Case kSequences[]{
-    {"plain", "A", U"A"},
-    {"two_bytes", "\xC3\xA9", U"é"},
-    {"three_bytes", "\xE2\x82\xAC", U"€"},
-    {"four_bytes", "\xF0\x9F\x98\x80", U"\U0001F600"},
-    {"cut", "A\xE2\x82", {U'A', kBad, kBad}},
-    {"lone_tail", "\xA9", {kBad}},
-    {"latin_1", "\xE9tat", {kBad, U't', U'a', U't'}},
-    {"overlong", "\xC0\xAF", {kBad, kBad}},
-    {"surrogate", "\xED\xA0\x80", {kBad, kBad, kBad}},
-    {"beyond_unicode", "\xF4\x90\x80\x80", {kBad, kBad, kBad, kBad}},
-};
-INSTANTIATE_TEST_SUITE_P(Sequences, Utf8, testing::ValuesIn(kSequences), rowName);
 
 TEST(FileDialog, GivesTheChoiceAndForgetsItWhenCancelled) {
     EXPECT_EQ(showMessageBox("text", "title", MessageBoxButtons::okCancel), MessageBoxAnswer::ok) << "nobody is asked";

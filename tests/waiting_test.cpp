@@ -1,104 +1,157 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "link/connection.h"
 #include "support/bench.h"
-#include "support/row_name.h"
+
+// How long a link waits, and the order in which it logs, sends, empties, reads and lets the host's events run.
 
 namespace opane::test {
 namespace {
 
-struct HandshakeWait {
-    const char* name;
-    std::int32_t timeoutMs;
-    Micros answerAfter, startMicros;
-    bool synchronized;
-    double atLeastMs, atMostMs;
+/// Writes each line's level and procedure down among the steps.
+class NotedLines final : public LineWriter {
+public:
+    explicit NotedLines(std::string& steps) : steps_(steps) {}
+    void write(const std::string& /*fileName*/, const std::string& line, std::int16_t level) override {
+        steps_ += "log" + std::to_string(level) + line.substr(line.rfind(' '));
+    }
+
+private:
+    std::string& steps_;
 };
 
-class WaitForAByte : public testing::TestWithParam<HandshakeWait> {};
+class Waiting : public testing::Test {
+protected:
+    Waiting() {
+        threadGlobals()->gobjLog->writer(std::make_unique<NotedLines>(steps));
+        EXPECT_EQ(std::exchange(steps, {}), "binary ");
+    }
 
-TEST_P(WaitForAByte, TakesThisLong) {
+    bool handshake() { return link.SendSynchronizeCharacter(3); }
+    bool handshakeAgain() { return makeConnectionAgain(link, {1, 9600, 3, "RS232"}); }
+    void answer(ByteArray bytes, Micros after = 0) {
+        script.answers = {std::move(bytes)};
+        script.answerAfter = after;
+    }
+    /// Every time that the host's events run.
+    void atYields(std::function<void(int number)> event) {
+        bench.services->eventHook = [this, event] { event(++yields); };
+        yields = 0;
+    }
+
     LinkBench bench;
-    const HandshakeWait& row = GetParam();
-    bench.time.micros = row.startMicros;
-    bench.scripted().answerAfter = row.answerAfter;
-    bench.script.answers = {{0x18}};
-    bench.link().Timeout(row.timeoutMs);
-    EXPECT_EQ(bench.link().SendSynchronizeCharacter(3), row.synchronized);
-    EXPECT_GE(bench.time.since(row.startMicros), row.atLeastMs);
-    EXPECT_LE(bench.time.since(row.startMicros), row.atMostMs);
-}
-
-constexpr Micros kBeforeTheWrap = 0x1'0000'0000LL * 1000 - 40'000;  // 40 ms before the counter wraps
-
-const HandshakeWait kWaits[]{
-    {"at_once", 100, 0, 1'000'000, true, 0, 0.5},
-    {"in_time", 100, 99'000, 1'000'000, true, 99, 100},
-    {"too_late", 100, 103'000, 1'000'000, false, 100, 102},
-    {"across_the_wrap", 100, 80'000, kBeforeTheWrap, true, 80, 81},
-    {"too_late_across_the_wrap", 100, 200'000, kBeforeTheWrap, false, 100, 102},
-    {"no_time_but_there", 0, 0, 1'000'000, true, 0, 0.5},
-    {"no_time", 0, 1'000, 1'000'000, false, 0, 0.5},
-    {"negative_time", -5, 1'000, 1'000'000, false, 0, 0.5},
+    clsOPane& link = bench.link();
+    ScriptedPeer& script = bench.scripted();
+    std::string& steps = bench.line.steps;
+    const Micros start = bench.time.micros;
+    int yields = 0;
 };
-INSTANTIATE_TEST_SUITE_P(TimeOuts, WaitForAByte, testing::ValuesIn(kWaits), rowName);
 
-TEST(Waiting, IsOverBehindItsDeadline) {
+TEST_F(Waiting, IsOverBehindItsDeadline) {
     EXPECT_FALSE(isPast(5, 1005, 1000));
     EXPECT_TRUE(isPast(5, 1006, 1000));
     EXPECT_TRUE(isPast(5, 5, -1));
+    EXPECT_FALSE(isPast(0xFFFF'FF00, 0xFFFF'FF01, 1000)) << "before the counter wraps";
+    EXPECT_TRUE(isPast(0xFFFF'FF00, 745, 1000)) << "after it";
 }
 
-TEST(Waiting, ASilentModuleCostsOneLongWaitAByteAndLeavesTheUsualTimeOut) {
+TEST_F(Waiting, HasTheseStepsInAHandshake) {
+    atYields([this](int) { steps += "yield "; });
+    answer({0x18});
+    EXPECT_TRUE(handshake());
+    EXPECT_EQ(std::exchange(steps, {}), "all yield read yield write yield one yield wait read yield ");
+    for (const std::int32_t noTime : {0, -5}) {
+        link.Timeout(noTime);
+        for (const bool isThere : {false, true}) {
+            answer({0x18}, isThere ? 0 : 1000);
+            EXPECT_EQ(handshake(), isThere);
+            EXPECT_EQ(std::exchange(steps, {}), "all yield read yield write yield one yield read yield ");
+        }
+    }
+}
+
+TEST_F(Waiting, HasTheseStepsInAnExchange) {
+    atYields([this](int) { steps += "yield "; });
+    answer({0xAA, 0, 3, 0, 0, 8, 0xF5});
+    ByteArray info;
+    EXPECT_TRUE(link.SendDataAndReceiveResponse(0, 0, 0, 8, {0}, info));
+    const std::string logged = "log3 clsOpane,SendDataAndReceiveResponse\r\n";
+    std::string expected = logged + "all yield read write yield one ";
+    for (int byte = 0; byte < 7; ++byte)
+        expected += "yield wait read yield ";
+    EXPECT_EQ(steps, expected + logged);
+}
+
+TEST_F(Waiting, AsksTheSystemOnceForWhatIsNotThereYetHoweverLongItTakes) {
+    link.Timeout(std::numeric_limits<std::int32_t>::max());
+    for (const Micros after : {50'000LL, 2'000'000'000'000LL}) {  // up to 23 days
+        answer({0x18}, after);
+        EXPECT_TRUE(handshake());
+        EXPECT_EQ(std::exchange(steps, {}), "all read write one wait read ");
+    }
+}
+
+TEST_F(Waiting, KeepsTheTimeOutThatItBeganWithAndServesTheHostEveryMillisecond) {
+    for (const int yield : {4, 5}) {  // the first and the second of the wait
+        link.Timeout(50);
+        const Micros began = bench.time.micros;
+        atYields([&](int number) { number == yield ? link.Timeout(500) : void(); });
+        EXPECT_FALSE(handshake());
+        EXPECT_EQ(link.Timeout(), 500);
+        EXPECT_LE(bench.time.since(began), 53);
+        EXPECT_NEAR(yields, 55, 5);
+    }
+}
+
+TEST_F(Waiting, CountsALongHostEvent) {
+    link.Timeout(100);
+    for (const Micros after : {150'000, 350'000}) {  // during the event, and behind it
+        answer({0x18}, after);
+        atYields([this](int number) { bench.time.micros += number == 6 ? 300'000 : 0; });
+        EXPECT_FALSE(handshake()) << after;
+    }
+}
+
+TEST_F(Waiting, OutlivesTheReleaseOfItsLink) {
+    answer({0x18});
+    atYields([this](int) { bench.holder.globals().gobjOPane.reset(); });
+    EXPECT_TRUE(handshake());
+    EXPECT_EQ(bench.line.portEvents.back(), "close") << "it has ended behind the call";
+}
+
+TEST_F(Waiting, ForASilentModuleIsOneLongWaitAByteAndLeavesTheUsualTimeOut) {
+    ByteArray info;
     for (const int before : {50, 5000}) {
-        LinkBench bench;
-        bench.scripted();
-        bench.link().Timeout(before);
-        EXPECT_FALSE(bench.link().OPaneCmd_Clear(0));
-        EXPECT_EQ(bench.link().Timeout(), 1000);
+        bench.line.waits = 0;
+        link.Timeout(before);
+        EXPECT_FALSE(link.SendDataAndReceiveResponse(0, 0, 0, 8, {0}, info));
+        EXPECT_EQ(link.Timeout(), 1000);
         EXPECT_EQ(bench.line.waits, 6 + 125);
     }
 }
 
-TEST(Waiting, AnotherHandshakeLetsOldBytesGoBy) {
-    LinkBench bench;
-    ScriptedPeer& peer = bench.scripted();
-    const ConnectionChoice choice{1, 9600, 3, "RS232"};
-    peer.answers = {{0x18, 0xAA}, {0x55}};
-    peer.answerAfter = 150'000;  // too late for the first handshake, and no answer to the second
-    EXPECT_FALSE(makeConnection(bench.link(), choice));
-    EXPECT_FALSE(makeConnectionAgain(bench.link(), choice));
-    const auto start = bench.time.micros;
-    peer.answers = {{0x18}};
-    peer.answerAfter = 0;
-    EXPECT_TRUE(makeConnectionAgain(bench.link(), choice));
-    EXPECT_NEAR(bench.time.since(start), 50 + 100, 5) << "the late byte, and the silence behind it";
+TEST_F(Waiting, OfAnotherHandshakeLetsOldBytesGoBy) {
+    answer({0x18, 0xAA}, 150'000);  // too late for the first handshake, and no answer to the second
+    script.answers.push_back({0x55});
+    EXPECT_FALSE(makeConnection(link, {1, 9600, 3, "RS232"}));
+    EXPECT_FALSE(handshakeAgain());
+    const Micros began = bench.time.micros;
+    answer({0x18});
+    EXPECT_TRUE(handshakeAgain());
+    EXPECT_NEAR(bench.time.since(began), 50 + 100, 5) << "the late byte, and the silence behind it";
 }
 
-TEST(Waiting, ALineThatIsNeverSilentIsNotWaitedForForEver) {
-    struct Babbler final : Peer {
-        explicit Babbler(VirtualTime& clock) : time(clock) {}
-        void receive(std::span<const std::uint8_t>, Micros) override {}
-        ByteArray takeOutput(Micros) override { return {0}; }
-        std::optional<Micros> nextOutputAt() const override { return time.micros + 50'000; }
-        VirtualTime& time;
-    };
-    LinkBench bench;
-    Babbler peer(bench.time);
-    bench.line.peer = &peer;
-    const auto start = bench.time.micros;
-    EXPECT_FALSE(makeConnectionAgain(bench.link(), {1, 9600, 3, "RS232"}));
+TEST_F(Waiting, ForSilenceOnALineThatIsNeverSilentEnds) {
+    atYields([this](int) {  // a byte every 50 ms
+        if (!script.nextOutputAt()) {
+            answer({0}, 50'000);
+            script.receive({}, bench.time.micros);
+        }
+    });
+    EXPECT_FALSE(handshakeAgain());
     EXPECT_NEAR(bench.time.since(start), 2000, 110);
-}
-
-TEST(Waiting, AHostWithEventsIsServedEveryMillisecond) {
-    LinkBench bench;
-    bench.scripted();
-    int served = 0;
-    bench.services->eventHook = [&served] { ++served; };
-    bench.link().Timeout(50);
-    EXPECT_FALSE(bench.link().SendSynchronizeCharacter(3));
-    EXPECT_NEAR(served, 55, 5);
 }
 
 }  // namespace
