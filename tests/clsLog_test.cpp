@@ -83,11 +83,14 @@ TEST_F(Log, EveryLineHasItsOwnTimeAndEveryDayItsOwnFile) {
 TEST_F(Log, AFolderThatIsMissingIsAnErrorAndIsNotMade) {
     log.LogLevel(2);
     log.LogFolder(folder / "none");
-    EXPECT_EQ(raisedNumber([this] { event("p", "m", 2); }), 76);
+    const std::string raised = raisedText([this] { event("p", "m", 2); });
+    EXPECT_TRUE(raised.starts_with("76 log file \"" + (folder / "none/"))) << raised;
     EXPECT_FALSE(std::filesystem::exists(folder / "none"));
     std::filesystem::create_directory(folder / "_01-05-02.LOG");
     log.LogFolder(folder.path());
     EXPECT_EQ(raisedNumber([this] { event("p", "m", 2); }), 75);
+    log.LogFolder("");
+    EXPECT_EQ(log.LogFolder(), "");
 }
 
 TEST(LogSettings, OfANewLogMayComeFromOutside) {
