@@ -9,41 +9,40 @@ namespace opane::test {
 namespace {
 
 using simulator::Fault;
-using Texts = std::vector<std::string>;
 
-void checkNamesAndCells(const window::Container& container, std::set<std::string>& names) {
-    std::set<std::pair<int, int>> taken;
-    for (const window::Control* const control : container.controls()) {
+TEST(PanelLayout, NamesNothingTwiceAndLaysNothingOverAnother) {
+    const frmOPane panel;
+    std::set<std::string> names;
+    std::set<std::tuple<const window::Container*, int, int>> taken;
+    for (const window::Control* const control : controlsIn(panel)) {
         EXPECT_TRUE(names.insert(control->name()).second) << control->name();
         const auto place = control->place();
-        for (int row = place.row; row < place.row + place.rowSpan; ++row) {
+        for (int row = place.row; row < place.row + place.rowSpan; ++row)
             for (int column = place.column; column < place.column + place.columnSpan; ++column)
-                EXPECT_TRUE(taken.emplace(row, column).second) << control->name();
-        }
-        if (const auto* const inner = dynamic_cast<const window::Container*>(control))
-            checkNamesAndCells(*inner, names);
+                EXPECT_TRUE(taken.emplace(&control->container(), row, column).second) << control->name();
     }
 }
 
-TEST(PanelLayout, NamesNothingTwiceAndLaysNothingOverAnother) {
-    std::set<std::string> names;
-    checkNamesAndCells(frmOPane(), names);
+/// What the choices are for the next synchronisation.
+std::string chosen() {
+    const Globals& globals = *threadGlobals();
+    return globals.gstrBusType + " " + std::to_string(globals.gintCommPort) + " " +
+           std::to_string(globals.gintNodeNumber);
 }
 
-TEST(PanelConnection, StartsWithTheDefaults) {
+std::string shownState(PanelBench& bench) {
+    return bench.panel.txtSystemStatus.text() + "|" + bench.panel.txtComPortstatus.text() + "|" +
+           (bench.pagesShown() ? bench.panel.cmbBaudrate.text() : "no pages");
+}
+
+TEST(PanelConnection, StartsWithTheDefaultsAndEndsWithTheWindow) {
     PanelBench bench;
-    EXPECT_FALSE(bench.pagesShown());
-    EXPECT_EQ(bench.panel.txtSystemStatus.text() + bench.panel.txtComPortstatus.text() + bench.status(), "");
-    EXPECT_EQ(bench.panel.cmbNodeNumber.text(), "3");
-    EXPECT_EQ(bench.panel.cmbComPort.text(), "1");
-    EXPECT_EQ(bench.panel.cmbBusType.text(), "RS232");
-    EXPECT_EQ(threadGlobals()->gintNodeNumber, 3);
-    EXPECT_EQ(threadGlobals()->gintCommPort, 1);
-    EXPECT_EQ(threadGlobals()->gstrBusType, "RS232");
+    EXPECT_EQ(shownState(bench), "||no pages");
+    EXPECT_EQ(bench.panel.cmbNodeNumber.text() + bench.panel.cmbComPort.text() + bench.panel.cmbBusType.text(),
+              "31RS232");
+    EXPECT_EQ(chosen(), "RS232 1 3");
     EXPECT_EQ(threadLink()->CommunicationType(), "RS232");
     EXPECT_EQ(bench.line.portEvents, Texts{"open 1 9600,N,8,1"});
-    EXPECT_TRUE(bench.boxes.empty());
-
     bench.panel.userCloses();
     EXPECT_EQ(bench.line.portEvents.back(), "close");
     EXPECT_EQ(threadGlobals(), nullptr);
@@ -54,11 +53,12 @@ TEST(PanelConnection, SynchronisesOverTheChosenBusPortAndNode) {
     bench.panel.cmbBusType.userSelects(1);
     bench.panel.cmbComPort.userSelects(1);
     bench.panel.cmbNodeNumber.userSelects(1);
-    EXPECT_TRUE(bench.boxes.empty());
+    bool couldPress = false;
+    bench.services->eventHook = [&] { couldPress = couldPress || bench.panel.cmdSynchronize.enabled(); };
     bench.synchronize();
-    EXPECT_EQ(bench.panel.txtComPortstatus.text(), "RS485, COM2, 9600 bauds");
-    EXPECT_TRUE(bench.pagesShown());
-    EXPECT_EQ(bench.panel.cmbBaudrate.text(), "9600");
+    EXPECT_FALSE(couldPress);
+    EXPECT_TRUE(bench.boxes.empty());
+    EXPECT_EQ(shownState(bench), "System Synchronized|RS485, COM2, 9600 bauds|9600");
     const std::pair<window::ComboBox&, std::string> lists[] = {{bench.panel.cmbAffDataLigne, "7"},
                                                                {bench.panel.cmbAffBloc1Ligne, "7"},
                                                                {bench.panel.cmbAffBloc4Ligne, "6"},
@@ -71,176 +71,104 @@ TEST(PanelConnection, SynchronisesOverTheChosenBusPortAndNode) {
     EXPECT_EQ(bench.status(), "");
 }
 
-struct ChoiceCase {
-    const char* name;
-    window::ComboBox PanelControls::*box;
-    const char* title;
-    const char* before;
-    const char* after;
-    int index;
-};
-
-class PanelChoice : public testing::TestWithParam<ChoiceCase> {};
-
-TEST_P(PanelChoice, AsksBeforeItDropsTheConnection) {
-    SynchronizedPanel bench;
-    window::ComboBox& box = bench.panel.*GetParam().box;
-    const Texts question{std::string(GetParam().title) +
-                         "|Le module est synchronisé en ce moment. Cette action \r\nva réinitialiser l'état de la "
-                         "communication.|Cancel"};
-    bench.answer = MessageBoxAnswer::cancel;
-    box.userSelects(GetParam().index);
-    EXPECT_EQ(bench.shown(), question);
-    EXPECT_EQ(box.text(), GetParam().before);
-    EXPECT_TRUE(bench.pagesShown());
-    EXPECT_TRUE(threadLink()->IsSynchronized());
-
-    bench.answer = MessageBoxAnswer::ok;
-    box.userSelects(GetParam().index);
-    EXPECT_EQ(bench.shown(), question);
-    EXPECT_FALSE(threadLink()->IsOpen());
-    EXPECT_FALSE(bench.pagesShown());
-    EXPECT_EQ(bench.panel.txtSystemStatus.text() + bench.panel.txtComPortstatus.text(), "");
-    const Globals& globals = *threadGlobals();
-    EXPECT_EQ(globals.gstrBusType + std::to_string(globals.gintCommPort) + std::to_string(globals.gintNodeNumber),
-              GetParam().after);
+TEST(PanelConnection, AsksBeforeANewChoiceDropsIt) {
+    struct Choice {
+        window::ComboBox PanelControls::*box;
+        const char* title;
+        const char* before;
+        const char* after;
+        int index;
+    };
+    const Choice choices[] = {{&PanelControls::cmbBusType, "Changement de Type de Bus", "RS232", "RS485 1 3", 1},
+                              {&PanelControls::cmbComPort, "Changement de COM Port", "1", "RS232 2 3", 1},
+                              {&PanelControls::cmbNodeNumber, "Changement de Node", "3", "RS232 1 0", 0}};
+    for (const auto& [member, title, before, after, index] : choices) {
+        SCOPED_TRACE(title);
+        SynchronizedPanel bench;
+        window::ComboBox& box = bench.panel.*member;
+        const Texts question{std::string(title) +
+                             "|Le module est synchronisé en ce moment. Cette action \r\nva réinitialiser l'état de la "
+                             "communication.|Cancel"};
+        bench.answer = MessageBoxAnswer::cancel;
+        box.userSelects(index);
+        EXPECT_EQ(bench.shown(), question);
+        EXPECT_EQ(box.text(), before);
+        EXPECT_TRUE(bench.pagesShown() && threadLink()->IsSynchronized());
+        bench.answer = MessageBoxAnswer::ok;
+        box.userSelects(index);
+        EXPECT_EQ(bench.shown(), question);
+        EXPECT_FALSE(threadLink()->IsOpen());
+        EXPECT_EQ(shownState(bench), "||no pages");
+        EXPECT_EQ(chosen(), after);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Boxes, PanelChoice,
-    testing::Values(ChoiceCase{"bus", &PanelControls::cmbBusType, "Changement de Type de Bus", "RS232", "RS48513", 1},
-                    ChoiceCase{"port", &PanelControls::cmbComPort, "Changement de COM Port", "1", "RS23223", 1},
-                    ChoiceCase{"node", &PanelControls::cmbNodeNumber, "Changement de Node", "3", "RS23210", 0}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST(PanelConnection, FailedSynchronisationHidesThePages) {
+TEST(PanelConnection, FollowsTheSpeedAndAlwaysSynchronisesAt9600) {
     SynchronizedPanel bench;
-    bench.module.fault({.fault = Fault::ignoreHandshake});
-    bench.panel.cmdSynchronize.click();
-    EXPECT_FALSE(bench.pagesShown());
-    EXPECT_EQ(bench.panel.txtSystemStatus.text(), "System Not Synchronized");
-    EXPECT_EQ(bench.panel.txtComPortstatus.text(), "");
-    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
-    EXPECT_EQ(threadLink()->Timeout(), 1000);
-    EXPECT_EQ(bench.status(), "");
-}
-
-TEST(PanelConnection, AlwaysSynchronisesAt9600) {
-    SynchronizedPanel bench;
-    bench.panel.cmbBaudrate.userSelects(5);
+    bench.panel.cmbBaudrate.userSelects(4);
     bench.click("cmdChangeBaudrate");
-    EXPECT_EQ(bench.panel.txtComPortstatus.text(), "COM1, 38400 bauds");
+    EXPECT_EQ(shownState(bench), "System Synchronized|COM1, 19200 bauds|19200");
     EXPECT_EQ(bench.status(), "");
-    EXPECT_TRUE(bench.pagesShown());
-    bench.module.state().powerOn();
-    bench.synchronize();
-    EXPECT_EQ(bench.panel.txtComPortstatus.text(), "RS232, COM1, 9600 bauds");
-    EXPECT_EQ(bench.panel.cmbBaudrate.text(), "9600");
+    bench.click("cmdResetModule");
+    EXPECT_EQ(shownState(bench), "System Synchronized|COM1, 9600 bauds|9600");
+    EXPECT_EQ(bench.status(), "Command OK");
+    EXPECT_EQ(bench.sent(), (Texts{"0E FE00 ", "07 0000 "}));
 
     threadLink()->Baudrate(57600);
     bench.panel.PrepareWindow(1);
     EXPECT_EQ(bench.panel.cmbBaudrate.text(), "38400");  // the last one when the link's is not in the list
-}
-
-TEST(PanelConnection, ResetBringsTheModuleBackTo9600) {
-    SynchronizedPanel bench;
-    bench.panel.cmbBaudrate.userSelects(4);
-    bench.click("cmdChangeBaudrate");
-    bench.click("cmdResetModule");
-    EXPECT_EQ(bench.sent(), (Texts{"0E FE00 ", "07 0000 "}));
-    EXPECT_EQ(bench.panel.cmbBaudrate.text(), "9600");
-    EXPECT_EQ(bench.panel.txtComPortstatus.text(), "COM1, 9600 bauds");
-    EXPECT_EQ(bench.status(), "Command OK");
+    bench.synchronize();
+    EXPECT_EQ(shownState(bench), "System Synchronized|RS232, COM1, 9600 bauds|9600");
+    bench.module.fault({.fault = Fault::ignoreHandshake});
+    bench.panel.cmdSynchronize.click();
+    EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
+    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
+    EXPECT_EQ(threadLink()->Timeout(), 1000);
 }
 
 TEST(PanelConnection, FailedRateChangeOrResetGoesBackToTheDefaults) {
-    for (const auto* const button : {"cmdChangeBaudrate", "cmdResetModule"}) {
-        PanelBench bench({.node = 0});
-        bench.panel.cmbNodeNumber.userSelects(0);
-        bench.synchronize();
-        bench.panel.cmbBaudrate.userSelects(0);
-        bench.module.fault({.fault = Fault::silent});
-        bench.click(button);
-        EXPECT_FALSE(bench.pagesShown()) << button;
-        EXPECT_EQ(bench.panel.txtSystemStatus.text(), "System Not Synchronized");
-        EXPECT_EQ(bench.panel.txtComPortstatus.text() + bench.status(), "");
-        EXPECT_EQ(bench.panel.cmbNodeNumber.text(), "3");
-        EXPECT_EQ(threadGlobals()->gintNodeNumber, 3);
-        EXPECT_TRUE(bench.boxes.empty()) << button;
-    }
+    for (const auto* const button : {"cmdChangeBaudrate", "cmdResetModule"})
+        for (const Fault fault : {Fault::silent, Fault::typeZero}) {  // with the second one handshakes are answered
+            SCOPED_TRACE(button);
+            PanelBench bench({.node = 0});
+            bench.panel.cmbNodeNumber.userSelects(0);
+            bench.synchronize();
+            bench.module.fault({.fault = fault, .count = simulator::kForEver});
+            bench.panel.cmbBaudrate.userSelects(0);
+            bench.click(button);
+            EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
+            EXPECT_EQ(bench.status(), "");
+            EXPECT_EQ(bench.panel.cmbNodeNumber.text(), "3");
+            EXPECT_EQ(chosen(), "RS232 1 3");
+            EXPECT_EQ(bench.boxes.empty(), fault == Fault::silent) << "asks about the node of a link that is up";
+        }
 }
 
-TEST(PanelConnection, ARefusedRateChangeSaysSoAlsoAfterItsQuestion) {
-    PanelBench bench({.node = 0});
-    bench.panel.cmbNodeNumber.userSelects(0);
-    bench.synchronize();
-    bench.module.fault({.fault = Fault::typeZero, .count = simulator::kForEver});  // the handshakes are answered
-    bench.panel.cmbBaudrate.userSelects(0);
-    bench.click("cmdChangeBaudrate");
-    ASSERT_FALSE(bench.boxes.empty());
-    EXPECT_EQ(bench.boxes.back().substr(0, 19), "Changement de Node|");
-    EXPECT_EQ(bench.panel.txtSystemStatus.text(), "System Not Synchronized");
-    EXPECT_FALSE(bench.pagesShown());
-}
-
-TEST(PanelConnection, TakesNoInputAndDoesNotCloseWhileItSynchronises) {
-    PanelBench bench;
-    bool nodeStayed = true;
-    bool couldPress = false;
-    bench.services->eventHook = [&] {
-        bench.panel.cmbNodeNumber.userSelects(0);
-        bench.panel.cmdSynchronize.click();
-        bench.panel.userCloses();
-        nodeStayed = nodeStayed && bench.panel.cmbNodeNumber.selected() == 3;
-        couldPress = couldPress || bench.panel.cmdSynchronize.enabled();
-    };
-    bench.panel.cmdSynchronize.click();
-    EXPECT_TRUE(nodeStayed);
-    EXPECT_FALSE(couldPress);
-    EXPECT_EQ(bench.module.handshakes(), 1U);
-    EXPECT_EQ(bench.panel.txtSystemStatus.text(), "System Synchronized");
-    EXPECT_FALSE(bench.panel.loaded());
-}
-
-void expectDisconnected(PanelBench& bench, const std::string& error) {
-    const Texts shown = bench.shown();
-    ASSERT_EQ(shown.size(), 1U);
-    EXPECT_EQ(shown[0].substr(0, error.size()), error);
-    EXPECT_FALSE(bench.pagesShown());
-    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
-    EXPECT_EQ(threadLink()->Timeout(), 1000);
-    EXPECT_FALSE(threadLink()->IsSynchronized());
-}
-
-TEST(PanelErrors, MissingPortIsShownOnceAndAnotherCanBeTried) {
+TEST(PanelConnection, ErrorsEndItUnlessTheyLieBesideTheLink) {
+    const TemporaryFolder folder;
     PanelBench bench;
     bench.line.missingPort = 2;
     bench.panel.cmbComPort.userSelects(1);
     bench.panel.cmdSynchronize.click();
-    expectDisconnected(bench, "OPane Error|Error 8018: ");
+    ASSERT_EQ(bench.boxes.size(), 1U);
+    EXPECT_EQ(bench.shown()[0].substr(0, 24), "OPane Error|Error 8018: ");
+    EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
+    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
+    EXPECT_EQ(threadLink()->Timeout(), 1000);
     bench.panel.cmbComPort.userSelects(0);
     bench.synchronize();
-    EXPECT_TRUE(bench.pagesShown());
-}
-
-TEST(PanelErrors, VanishedDeviceEndsTheConnection) {
-    SynchronizedPanel bench;
-    bench.module.fault({.fault = Fault::unplug});
-    bench.click("cmdVersion");
-    expectDisconnected(bench, "OPane Error|Error 57: ");
-    bench.panel.cmbNodeNumber.userSelects(0);
-    EXPECT_TRUE(bench.boxes.empty());  // nothing is left to drop
-}
-
-TEST(PanelErrors, ErrorBesideTheLinkKeepsThePages) {
-    const TemporaryFolder folder;
-    SynchronizedPanel bench;
     bench.chosenFile = folder / "missing.bmp";
     bench.click("cmdAfficheBMP");
     ASSERT_EQ(bench.boxes.size(), 1U);
-    EXPECT_EQ(bench.boxes[0].substr(0, 21), "OPane Error|Error 53:");
+    EXPECT_EQ(bench.shown()[0].substr(0, 21), "OPane Error|Error 53:");
     EXPECT_EQ(bench.status(), "Command Failed");
     EXPECT_TRUE(bench.pagesShown());
+    bench.module.fault({.fault = Fault::unplug});
+    bench.click("cmdVersion");
+    EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
+    bench.shown();
+    bench.panel.cmbNodeNumber.userSelects(0);
+    EXPECT_TRUE(bench.boxes.empty()) << "nothing is left to drop";
 }
 
 }  // namespace

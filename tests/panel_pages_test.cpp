@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <numeric>
 
 #include "support/panel_bench.h"
 #include "support/temporary_folder.h"
@@ -9,7 +10,9 @@ namespace opane::test {
 namespace {
 
 using simulator::Fault;
-using Texts = std::vector<std::string>;
+
+constexpr auto kOk = "Command OK";
+constexpr auto kFailed = "Command Failed";
 
 std::string repeated(std::size_t times, const std::string& text) {
     std::string all;
@@ -18,94 +21,131 @@ std::string repeated(std::size_t times, const std::string& text) {
     return all;
 }
 
-const auto kName = [](const auto& row) { return std::string(row.param.name); };
-constexpr auto kOk = "Command OK";
-constexpr auto kFailed = "Command Failed";
+/// Byte n of either EEPROM is n.
+class PagesBench : public SynchronizedPanel {
+public:
+    PagesBench() {
+        std::iota(module.state().systemEeprom.begin(), module.state().systemEeprom.end(), std::uint8_t{0});
+        std::iota(module.state().userEeprom.begin(), module.state().userEeprom.end(), std::uint8_t{0});
+    }
+
+    /// What is in these boxes, with a blank behind each.
+    std::string texts(const Texts& names) {
+        std::string all;
+        for (const std::string& name : names)
+            all += text(name) + " ";
+        return all;
+    }
+    std::string system() const { return {module.state().systemEeprom.begin(), module.state().systemEeprom.end()}; }
+    /// Cancels when that many blocks are done.
+    void cancelAfter(int blocks) {
+        services->eventHook = [this, blocks] {
+            if (panel.progress() && panel.progress()->value == blocks)
+                panel.userCancels();
+        };
+    }
+};
+
+/// A button and the boxes that it takes what is typed from.
+struct Entry {
+    const char* button;
+    const char* errorTitle;
+    Texts boxes;
+};
+const Entry kLine{"cmdAffData", "Affiche Trame Error|", {"txtAffDataPattern"}};
+const Entry kBloc1{"cmdAffBloc1", "Affiche Bloc1 Error|", {"txtAffBloc1Pattern"}};
+const Entry kBloc4{"cmdAffBloc4", "Affiche Bloc4 Error|", {"txtAffBloc4Pattern"}};
+const Entry kClear{"cmdClear", "Clear Error|", {"txtClearPattern"}};
+const Entry kCadre{"cmdCadre", "Cadre Error|", {"txtCadrePattern"}};
+const Entry kGreen{"cmdWriteVert", "Write BACKLIGHT Error|", {"txtWriteBacklightIntensity"}};
+const Entry kRed{"cmdWriteRouge", "Write BACKLIGHT Error|", {"txtWriteBacklightIntensity"}};
+const Entry kController{"cmdWriteSED1530", "SED1530 Write Error|", {"txtSED1530Data"}};
+const Texts kRange{"txtEEPROMBaseAdress", "txtEEPROMLength", "txtEEPROMDataSmall"};
+const Entry kRead{"cmdReadEEPROM", "EEPROM Error|", kRange};
+const Entry kWrite{"cmdWriteEEPROM", "EEPROM Error|", kRange};
 
 struct TypedCase {
     const char* name;
-    const char* button;
-    const char* box;
-    std::optional<std::string> text;  // as it is at first, when nothing is typed
-    std::string frame;                // empty: nothing is sent
-    std::string refusal{};            // empty: left to the command
+    const Entry& entry;
+    Texts texts;            // one for each box; none: as they are at first
+    std::string frame;      // empty: nothing is sent
+    std::string refusal{};  // empty: left to the command
+    std::string read{};     // what the last box shows then; empty: what it did
 };
 
 class TypedText : public testing::TestWithParam<TypedCase> {};
 
 TEST_P(TypedText, IsSentOrRefusedAndStays) {
-    SynchronizedPanel bench;
-    const TypedCase& row = GetParam();
+    PagesBench bench;
+    const auto& [name, entry, texts, frame, refusal, read] = GetParam();
     bench.panel.cmbAffDataLigne.userSelects(5);
     bench.panel.cmbAffBloc1Ligne.userSelects(7);
     bench.panel.cmbAffBloc1Colonne.userSelects(14);
     bench.panel.cmbAffBloc4Ligne.userSelects(6);
     bench.panel.cmbAffBloc4Colonne.userSelects(13);
     bench.panel.optBacklightLumControl[1].click();
-    if (row.text)
-        bench.type(row.box, *row.text);
-    const std::string text = bench.text(row.box);
-    bench.click(row.button);
-    EXPECT_EQ(bench.shown(), row.refusal.empty() ? Texts{} : Texts{row.refusal});
-    EXPECT_EQ(bench.sent(), row.frame.empty() ? Texts{} : Texts{row.frame});
-    EXPECT_EQ(bench.status(), !row.refusal.empty() ? "" : row.frame.empty() ? kFailed : kOk);
-    EXPECT_EQ(bench.text(row.box), text);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        bench.type(entry.boxes[i], texts[i]);
+    std::string after = bench.texts(entry.boxes);
+    if (!read.empty())
+        after = texts[0] + " " + texts[1] + " " + read + " ";
+    bench.click(entry.button);
+    EXPECT_EQ(bench.shown(), refusal.empty() ? Texts{} : Texts{entry.errorTitle + refusal});
+    EXPECT_EQ(bench.sent(), frame.empty() ? Texts{} : Texts{frame});
+    EXPECT_EQ(bench.status(), !refusal.empty() ? "" : frame.empty() ? kFailed : kOk);
+    EXPECT_EQ(bench.texts(entry.boxes), after);
 }
 
-const std::string kLength = " Error|Invalid Pattern Length";
-const std::string kDigits = " Error|Invalid Pattern: hexadecimal digits only";
-const std::string kBytes = "0123456789abcdef";
-const std::string kTwoLines = repeated(32, "A") + "\r\n" + repeated(32, "A");
-constexpr auto kBloc1Box = "txtAffBloc1Pattern";
-constexpr auto kBloc4Box = "txtAffBloc4Pattern";
-const TypedCase kPatterns[] = {
-    {"line_at_first", "cmdAffData", "txtAffDataPattern", {}, "01 0500 " + repeated(120, "FF")},
-    {"line_short", "cmdAffData", "txtAffDataPattern", "F", "", "Affiche Trame" + kLength},
-    {"block_at_first", "cmdAffBloc1", kBloc1Box, {}, "03 070E " + repeated(8, "FF")},
-    {"block", "cmdAffBloc1", kBloc1Box, kBytes, "03 070E 0123456789ABCDEF"},
-    {"block_short", "cmdAffBloc1", kBloc1Box, repeated(15, "F"), "", "Affiche Bloc1" + kLength},
-    {"block_letter", "cmdAffBloc1", kBloc1Box, repeated(15, "F") + "G", "", "Affiche Bloc1" + kDigits},
-    {"block_sign", "cmdAffBloc1", kBloc1Box, repeated(14, "F") + "-1", "", "Affiche Bloc1" + kDigits},
-    {"square", "cmdAffBloc4", kBloc4Box, repeated(32, "A5"), "04 060D " + repeated(32, "A5")},
-    {"square_of_2_lines", "cmdAffBloc4", kBloc4Box, kTwoLines, "", "Affiche Bloc4" + kLength},
-    {"clear_at_first", "cmdClear", "txtClearPattern", {}, "06 0000 "},
-    {"clear_letters", "cmdClear", "txtClearPattern", "é0", "", "Clear" + kDigits},
-    {"frame_at_first", "cmdCadre", "txtCadrePattern", {}, "05 FF00 "},
-    {"frame_long", "cmdCadre", "txtCadrePattern", "0FF", "", "Cadre" + kLength},
+const std::string kLength = "Invalid Pattern Length";
+const std::string kDigits = "Invalid Pattern: hexadecimal digits only";
+const std::string kEmpty = "Champ Base Adress et/ou Length vide(s)";
+const std::string kFirstLine = "000102030405060708090A0B0C0D0E0F";
+const TypedCase kTyped[] = {
+    {"line_at_first", kLine, {}, "01 0500 " + repeated(120, "FF")},
+    {"line_short", kLine, {"F"}, "", kLength},
+    {"block", kBloc1, {"0123456789abcdef"}, "03 070E 0123456789ABCDEF"},
+    {"block_letter", kBloc1, {repeated(15, "F") + "G"}, "", kDigits},
+    {"block_sign", kBloc1, {repeated(14, "F") + "-1"}, "", kDigits},
+    {"square", kBloc4, {repeated(32, "A5")}, "04 060D " + repeated(32, "A5")},
+    {"square_of_2_lines", kBloc4, {repeated(32, "A") + "\r\n" + repeated(32, "A")}, "", kLength},
+    {"clear_at_first", kClear, {}, "06 0000 "},
+    {"clear_letters", kClear, {"é0"}, "", kDigits},
+    {"frame_at_first", kCadre, {}, "05 FF00 "},
+    {"frame_long", kCadre, {"0FF"}, "", kLength},
+    {"green_255", kGreen, {"255"}, "13 01FF "},
+    {"red_10", kRed, {"10"}, "14 010A "},
+    {"green_65546", kGreen, {"65546"}, ""},
+    {"red_letters", kRed, {"12x"}, "", "Invalid Intensity: decimal number expected"},
+    {"red_empty", kRed, {""}, "", "Champ Intensité vide"},
+    {"controller_f", kController, {"f"}, "11 0000 0F"},
+    {"controller_100", kController, {"100"}, "", "Invalid Data SED1530: hexadecimal number from 0 to FF expected"},
+    {"controller_empty", kController, {""}, "", "Champ Data SED1530 vide"},
+    {"read_more_than_a_line", kRead, {"0", "14", ""}, "0C 0000 14", "", kFirstLine + "\r\n10111213"},
+    {"read_lower_case", kRead, {"1fe", "02", "old"}, "0C FE01 02", "", "FEFF"},
+    {"read_without_length", kRead, {"0", "", "old"}, "", kEmpty},
+    {"read_length_beyond_64_bits", kRead, {"0", "10000000000000001", "old"}, ""},
+    {"read_base_negative", kRead, {"-1", "1", "old"}, "", "Invalid Base Adress: hexadecimal digits only"},
+    {"read_length_letter", kRead, {"0", "1g", "old"}, "", "Invalid Length: hexadecimal digits only"},
+    {"write", kWrite, {"102", "3", "0aBc7F"}, "0D 0201 0ABC7F"},
+    {"write_without_base", kWrite, {"", "1", "00"}, "", kEmpty},
+    {"write_too_little", kWrite, {"0", "2", "000"}, "", "Longueur des data incorrecte"},
+    {"write_letters", kWrite, {"0", "2", "000x"}, "", "Invalid Data: hexadecimal digits only"},
 };
-INSTANTIATE_TEST_SUITE_P(Patterns, TypedText, testing::ValuesIn(kPatterns), kName);
+INSTANTIATE_TEST_SUITE_P(Boxes, TypedText, testing::ValuesIn(kTyped),
+                         [](const auto& row) { return std::string(row.param.name); });
 
-constexpr auto kLevelBox = "txtWriteBacklightIntensity";
-constexpr auto kDataBox = "txtSED1530Data";
-const std::string kLevel = "Write BACKLIGHT Error|Invalid Intensity: decimal number expected";
-const std::string kData = "SED1530 Write Error|Invalid Data SED1530: hexadecimal number from 0 to FF expected";
-const TypedCase kRegisters[] = {
-    {"green_255", "cmdWriteVert", kLevelBox, "255", "13 01FF "},
-    {"red_10", "cmdWriteRouge", kLevelBox, "10", "14 010A "},
-    {"red_256", "cmdWriteRouge", kLevelBox, "256", ""},
-    {"green_70000", "cmdWriteVert", kLevelBox, "70000", ""},
-    {"red_minus_70000", "cmdWriteRouge", kLevelBox, "-70000", ""},
-    {"red_letters", "cmdWriteRouge", kLevelBox, "12x", "", kLevel},
-    {"red_empty", "cmdWriteRouge", kLevelBox, "", "", "Write BACKLIGHT Error|Champ Intensité vide"},
-    {"controller_0F", "cmdWriteSED1530", kDataBox, "0F", "11 0000 0F"},
-    {"controller_f", "cmdWriteSED1530", kDataBox, "f", "11 0000 0F"},
-    {"controller_100", "cmdWriteSED1530", kDataBox, "100", "", kData},
-    {"controller_letters", "cmdWriteSED1530", kDataBox, "0x1", "", kData},
-    {"controller_empty", "cmdWriteSED1530", kDataBox, "", "", "SED1530 Write Error|Champ Data SED1530 vide"},
-};
-INSTANTIATE_TEST_SUITE_P(Registers, TypedText, testing::ValuesIn(kRegisters), kName);
-
-TEST(PanelAffiche, ShowsABitmapOrReportsACancelledChoice) {
+TEST(PanelFiles, AreLeftAloneAfterACancelledChoiceAndShownOtherwise) {
     const TemporaryFolder folder;
     SynchronizedPanel bench;
-    bench.click("cmdAfficheBMP");
-    EXPECT_EQ(bench.status(), kFailed);
-    EXPECT_TRUE(bench.sent().empty());
+    for (const char* const button : {"cmdSaveBINFile", "cmdWriteAllEEPROM", "cmdAfficheBMP"}) {
+        bench.click(button);
+        EXPECT_EQ(bench.status(), kFailed) << button;
+        EXPECT_TRUE(bench.sent().empty()) << button;
+    }
     bench.chosenFile = folder.write("blank.bmp", std::string(62, '\0'));
     bench.click("cmdAfficheBMP");
     EXPECT_EQ(bench.status(), kOk);
     EXPECT_EQ(bench.sent().size(), 8U);
-    EXPECT_EQ(bench.dialogs, Texts(2, "Ouvrir fichier BPM pour OPane"));
 }
 
 std::string chosenFlags(PanelBench& bench) {
@@ -121,7 +161,6 @@ TEST(PanelStatus, WritesFalseForWhatIsNotChosen) {
     EXPECT_EQ(chosenFlags(bench), "------");
     bench.click("cmdWriteStatus");
     EXPECT_EQ(bench.sent(), (Texts{"05 0000 ", "0A 0000 ", "0A 0100 ", "0A 0200 ", "0A 0300 ", "0A 0400 "}));
-    EXPECT_EQ(bench.status(), kOk);
     bench.panel.optCadre[1].click();
     bench.panel.optLCD[0].click();
     bench.panel.optVlcdControl[1].click();
@@ -142,14 +181,10 @@ TEST(PanelStatus, ShowsTheFlagsOrAllFalseAfterAFailedRead) {
     bench.module.state().automaticVlcd = false;
     bench.click("cmdReadStatus");
     EXPECT_EQ(chosenFlags(bench), "100010");
-    bench.module.state().lcdOn = false;
-    bench.click("cmdReadStatus");
-    EXPECT_EQ(chosenFlags(bench), "100110");
     bench.refuseCommand(0);
     bench.click("cmdReadStatus");
     EXPECT_EQ(chosenFlags(bench), "000100");
     EXPECT_EQ(bench.status(), kFailed);
-
     bench.click("cmdVersion");
     EXPECT_EQ(bench.text("txtVersion"), "OPane V2.0");
     bench.refuseCommand(0);
@@ -158,22 +193,19 @@ TEST(PanelStatus, ShowsTheFlagsOrAllFalseAfterAFailedRead) {
 }
 
 TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
-    SynchronizedPanel bench;
+    PagesBench bench;
     auto& state = bench.module.state();
     state.adc = {0x1234, 9, 0, 771};
     state.lastKey = 0xFFFF;
+    for (const char* const button : {"cmdReadIR", "cmdReadVlcd", "cmdReadADC"})
+        bench.click(button);
+    EXPECT_EQ(bench.texts({"txtReadIR", "txtReadVlcd", "txtADCLum"}), "$FFFF $76 $1234 ");
     bench.refuseCommand(0);
     bench.click("cmdReadADC");
-    EXPECT_EQ(bench.text("txtADCLum") + bench.text("txtADCTemp") + bench.text("txtADCUbat"), "$0$0$303");
+    EXPECT_EQ(bench.texts({"txtADCLum", "txtADCTemp", "txtADCUbat"}), "$0 $0 $303 ");
     EXPECT_EQ(bench.status(), kOk);  // the last of the three
-    bench.click("cmdReadADC");
-    EXPECT_EQ(bench.text("txtADCLum"), "$1234");
-    bench.click("cmdReadIR");
-    EXPECT_EQ(bench.text("txtReadIR"), "$FFFF");
-    bench.click("cmdReadVlcd");
-    EXPECT_EQ(bench.text("txtReadVlcd"), "$76");
-    for (const auto& [tenths, text] :
-         std::map<std::uint16_t, std::string>{{215, "21.5"}, {220, "22"}, {3, "0.3"}, {65535, "6553.5"}}) {
+    const std::map<std::uint16_t, std::string> temperatures{{215, "21.5"}, {220, "22"}, {3, "0.3"}, {65535, "6553.5"}};
+    for (const auto& [tenths, text] : temperatures) {
         state.temperature = tenths;
         bench.click("cmdReadTemp");
         EXPECT_EQ(bench.text("txtReadTemp"), text);
@@ -181,11 +213,10 @@ TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
     bench.refuseCommand(0);
     bench.click("cmdReadTemp");
     EXPECT_EQ(bench.text("txtReadTemp"), "0");
-    EXPECT_EQ(bench.status(), kFailed);
 }
 
 TEST(PanelBacklight, ReadsUpToTheFirstRegisterThatFails) {
-    SynchronizedPanel bench;
+    PagesBench bench;
     bench.module.state().red = {255, 10, 0, 1, 2, 3};
     bench.module.state().green = {4, 5, 6, 7, 8, 200};
     bench.click("cmdReadVert");
@@ -193,11 +224,11 @@ TEST(PanelBacklight, ReadsUpToTheFirstRegisterThatFails) {
     bench.refuseCommand(3);
     bench.click("cmdReadRouge");
     EXPECT_EQ(bench.status(), kFailed);
-    std::string rows;
-    for (const std::string row : {"Physical", "Consigne", "Final", "ADC", "Zone", "Increment"})
-        rows += bench.text("txtReadBacklight" + row) + "=" +
-                bench.text("txtReadBacklight" + (row == "Physical" ? "physical" : row) + "Hexa") + " ";
-    EXPECT_EQ(rows, "255=FF 10=A 0=0 7=7 8=8 200=C8 ");
+    Texts boxes{"txtReadBacklightPhysical", "txtReadBacklightphysicalHexa"};
+    for (const std::string row : {"Consigne", "Final", "ADC", "Zone", "Increment"})
+        for (const char* const kind : {"", "Hexa"})
+            boxes.push_back("txtReadBacklight" + row + kind);
+    EXPECT_EQ(bench.texts(boxes), "255 FF 10 A 0 0 7 7 8 8 200 C8 ");
 }
 
 TEST(PanelBacklight, WritesARegisterOnlyInItsMode) {
@@ -226,7 +257,6 @@ TEST(PanelBacklight, BringsTheModuleToTheChosenMode) {
     EXPECT_EQ(bench.sent(), Texts(2, "09 0000 "));
     EXPECT_EQ(bench.panel.optBacklightLumControl.selected(), 1);
     EXPECT_EQ(bench.panel.optWriteBacklightRegister.selected(), 1);
-
     bench.panel.optBacklightLumControl[0].click();
     bench.click("cmdBacklightStatus");
     EXPECT_EQ(bench.sent(), (Texts{"09 0000 ", "0A 0001 ", "0A 0100 ", "0A 0201 ", "0A 0300 ", "0A 0401 "}));
@@ -235,8 +265,6 @@ TEST(PanelBacklight, BringsTheModuleToTheChosenMode) {
     bench.click("cmdBacklightStatus");
     EXPECT_EQ(bench.sent(), Texts(5, "09 0000 "));  // what was not read is not written
     EXPECT_EQ(bench.status(), kFailed);
-    bench.click("cmdBacklightStatus");
-    EXPECT_TRUE(bench.module.state().automaticBacklight);
 }
 
 TEST(PanelOPane, ReadsTheChosenControllerRegisterAndResetsTheLightControl) {
@@ -247,34 +275,157 @@ TEST(PanelOPane, ReadsTheChosenControllerRegisterAndResetsTheLightControl) {
     bench.panel.optSED1530Register[1].click();
     bench.click("cmdReadSED1530");
     EXPECT_EQ(bench.text("txtSED1530Data"), "B");
-    bench.sent();
     bench.click("cmdResetLumControl");
-    EXPECT_EQ(bench.sent(), Texts{"07 0100 "});
+    EXPECT_EQ(bench.sent(), (Texts{"10 0000 ", "10 0001 ", "07 0100 "}));
     EXPECT_EQ(bench.status(), kOk);
 }
 
-TEST(PanelSilence, ShowsCommandFailedAndKeepsWhatWasTyped) {
-    const std::map<std::string, std::string> typed{
-        {kBloc4Box, repeated(32, "0F")}, {kLevelBox, "7"},         {kDataBox, "7"},
-        {"txtEEPROMBaseAdress", "0"},    {"txtEEPROMLength", "1"}, {"txtEEPROMDataSmall", "AB"}};
-    for (const auto* const button :
-         {"cmdAffData",         "cmdAffBloc1",    "cmdAffBloc4",      "cmdClear",      "cmdCadre",
-          "cmdReadStatus",      "cmdWriteStatus", "cmdVersion",       "cmdReadADC",    "cmdReadTemp",
-          "cmdReadIR",          "cmdReadVlcd",    "cmdReadAllEEPROM", "cmdReadEEPROM", "cmdWriteEEPROM",
-          "cmdWriteRouge",      "cmdWriteVert",   "cmdReadRouge",     "cmdReadVert",   "cmdBacklightStatus",
-          "cmdResetLumControl", "cmdReadSED1530", "cmdWriteSED1530"}) {
-        SynchronizedPanel bench;
-        bench.panel.optBacklightLumControl[0].click();
-        for (const auto& [box, text] : typed)
-            bench.type(box, text);
-        bench.module.fault({.fault = Fault::silent});
-        bench.click(button);
-        EXPECT_EQ(bench.status(), kFailed) << button;
-        EXPECT_TRUE(bench.pagesShown()) << button;
-        EXPECT_TRUE(bench.boxes.empty()) << button;
-        for (const auto& [box, text] : typed)
-            EXPECT_EQ(bench.text(box), text) << button;
+TEST(PanelEeprom, RangeGoesToTheChosenEepromAndTheBoxCanBeCleared) {
+    PagesBench bench;
+    bench.panel.optEEPROMType[1].click();
+    bench.type("txtEEPROMBaseAdress", "380");
+    bench.type("txtEEPROMLength", "80");
+    bench.click("cmdReadEEPROM");
+    EXPECT_EQ(bench.sent(), Texts{"20 8003 80"});
+    bench.click("cmdEEPROMClearText");
+    EXPECT_EQ(bench.text("txtEEPROMDataSmall"), "");
+    bench.type("txtEEPROMDataSmall", "old");
+    ScriptedPeer script;  // answers with a byte too few
+    script.answers = {{0xAA, 3, 3, 0, 0, 32, 1, 2, 3, 0}};
+    bench.line.peer = &script;
+    bench.type("txtEEPROMLength", "4");
+    bench.click("cmdReadEEPROM");
+    EXPECT_EQ(bench.text("txtEEPROMDataSmall"), "old");
+    EXPECT_EQ(bench.status(), kFailed);
+}
+
+TEST(PanelEeprom, DumpsEveryBlockThatWasRead) {
+    constexpr std::size_t kDumpLine = 50;  // 16 bytes of three characters, and the line break
+    PagesBench bench;
+    bench.refuseCommand(1);
+    bench.click("cmdReadAllEEPROM");
+    const std::string dump = bench.text("txtEEPROMData");
+    EXPECT_EQ(dump.size(), 32 * kDumpLine);
+    EXPECT_EQ(dump.substr(0, kDumpLine), "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F \r\n");
+    for (std::size_t line = 0; line < 32; ++line)
+        EXPECT_EQ(dump.substr(line * kDumpLine, 3) == "-- ", line / 8 == 1) << line;
+    EXPECT_EQ(bench.status(), kOk);  // the last block's
+    EXPECT_TRUE(bench.boxes.empty());
+
+    bench.panel.optEEPROMType[1].click();
+    bench.cancelAfter(8);  // too late
+    bench.click("cmdReadAllEEPROM");
+    EXPECT_EQ(bench.text("txtEEPROMData").size(), 64 * kDumpLine);
+    EXPECT_EQ(bench.text("txtEEPROMData").find('-'), std::string::npos);
+    EXPECT_EQ(bench.status(), kOk);
+    bench.cancelAfter(2);
+    bench.click("cmdReadAllEEPROM");
+    EXPECT_EQ(bench.text("txtEEPROMData").find('-'), 16 * kDumpLine);
+    EXPECT_EQ(bench.status(), kFailed);
+}
+
+TEST(PanelEeprom, OnlyAWholeImageIsSavedAndItRestoresTheSystemEeprom) {
+    const TemporaryFolder folder;
+    PagesBench bench;
+    const std::string before = bench.system();
+    bench.chosenFile = folder.write("image.bin", std::string(2000, 'x'));
+    bench.refuseCommand(2);
+    bench.click("cmdSaveBINFile");
+    EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|The EEPROM was not read completely. Nothing was saved."});
+    EXPECT_EQ(bench.status(), kOk);    // the last block's
+    for (const int blocks : {7, 8}) {  // also when all have been read
+        bench.cancelAfter(blocks);
+        bench.click("cmdSaveBINFile");
+        EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|The save was cancelled. Nothing was saved."}) << blocks;
+        EXPECT_EQ(bench.status(), kFailed);
     }
+    EXPECT_EQ(contentOf(*bench.chosenFile), std::string(2000, 'x'));
+    bench.cancelAfter(9);  // never
+    bench.click("cmdSaveBINFile");
+    EXPECT_EQ(contentOf(*bench.chosenFile), before);
+    EXPECT_EQ(bench.status(), kOk);
+
+    bench.module.state().systemEeprom.fill(0);
+    bench.refuseCommand(3);
+    bench.click("cmdWriteAllEEPROM");
+    EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|Only 7 of 8 blocks of the System EEPROM were written."});
+    EXPECT_EQ(bench.status(), kOk);  // the last block's
+    EXPECT_EQ(bench.system(), before.substr(0, 384) + std::string(128, '\0') + before.substr(512));
+    bench.cancelAfter(1);
+    bench.click("cmdWriteAllEEPROM");
+    EXPECT_EQ(bench.shown(), Texts{"EEPROM Error|Only 1 of 8 blocks of the System EEPROM were written."});
+    EXPECT_EQ(bench.status(), kFailed);
+    bench.cancelAfter(8);  // too late
+    bench.click("cmdWriteAllEEPROM");
+    EXPECT_EQ(bench.system(), before);
+    EXPECT_EQ(bench.status(), kOk);
+    EXPECT_TRUE(bench.boxes.empty());
+}
+
+TEST(PanelEeprom, WrongFilesCostNoExchange) {
+    const TemporaryFolder folder;
+    const std::pair<std::string, std::string> places[] = {{folder / "missing/image.bin", "OPane Error|Error 76:"},
+                                                          {folder.path(), "OPane Error|Error 75:"}};
+    for (const auto& [place, error] : places) {
+        PagesBench bench;
+        bench.chosenFile = place;
+        bench.click("cmdSaveBINFile");
+        ASSERT_EQ(bench.boxes.size(), 1U);
+        EXPECT_EQ(bench.boxes[0].substr(0, error.size()), error);
+        EXPECT_EQ(bench.status(), kFailed);
+        EXPECT_TRUE(bench.sent().empty()) << place;
+    }
+    for (const std::size_t size : {0U, 1023U, 1025U}) {
+        PagesBench bench;
+        bench.chosenFile = folder.write("image.bin", std::string(size, 'x'));
+        bench.click("cmdWriteAllEEPROM");
+        EXPECT_EQ(bench.shown(),
+                  Texts{"EEPROM Error|Invalid BIN File: exactly 1024 bytes expected. Nothing was written."});
+        EXPECT_TRUE(bench.sent().empty()) << size;
+        EXPECT_EQ(bench.status(), "");
+    }
+}
+
+Texts buttonsOfThePages() {
+    Texts names;
+    const frmOPane panel;
+    for (const auto* const control : controlsIn(panel.FrameSSTab))
+        if (dynamic_cast<const window::CommandButton*>(control) != nullptr && control->name() != "cmdEEPROMClearText")
+            names.push_back(control->name());
+    return names;
+}
+
+TEST(PanelButtons, FailInWordsAndLoseNothingTypedWhenTheModuleIsLost) {
+    const TemporaryFolder folder;
+    const std::string image = folder.write("image", std::string(1024, '\0'));  // of a screen or an EEPROM
+    Texts boxes;
+    for (const Entry* const entry : {&kLine, &kBloc1, &kBloc4, &kClear, &kCadre, &kGreen, &kController, &kWrite})
+        boxes.insert(boxes.end(), entry->boxes.begin(), entry->boxes.end());
+    for (const Fault fault : {Fault::silent, Fault::unplug})
+        for (const std::string& button : buttonsOfThePages()) {
+            SCOPED_TRACE(button);
+            PagesBench bench;
+            bench.chosenFile = image;
+            bench.panel.optBacklightLumControl[0].click();
+            bench.panel.cmbBaudrate.userSelects(0);
+            bench.type("txtAffBloc4Pattern", repeated(32, "0F"));
+            for (const char* const box : {"txtWriteBacklightIntensity", "txtSED1530Data", "txtEEPROMLength"})
+                bench.type(box, "1");
+            bench.type("txtEEPROMBaseAdress", "0");
+            bench.type("txtEEPROMDataSmall", "AB");
+            const std::string before = bench.texts(boxes);
+            bench.module.fault({.fault = fault});
+            bench.click(button);
+            const bool vanished = fault == Fault::unplug;
+            const bool setsSpeed = button == "cmdChangeBaudrate" || button == "cmdResetModule";
+            EXPECT_EQ(bench.status(), setsSpeed && !vanished ? "" : kFailed);
+            EXPECT_EQ(bench.pagesShown(), !setsSpeed && !vanished);
+            for (const std::string& box : bench.boxes)
+                EXPECT_EQ(box.starts_with("OPane Error|Error 57: "), vanished) << box;
+            EXPECT_TRUE(!vanished || bench.boxes.size() == 1);
+            EXPECT_EQ(bench.texts(boxes), before);
+            EXPECT_EQ(threadLink()->Timeout(), 1000);
+        }
 }
 
 }  // namespace

@@ -12,6 +12,20 @@
 
 namespace opane::test {
 
+using Texts = std::vector<std::string>;
+
+/// Every control, those in other controls too.
+inline std::vector<const window::Control*> controlsIn(const window::Container& container) {
+    std::vector<const window::Control*> all;
+    for (const window::Control* const control : container.controls()) {
+        all.push_back(control);
+        if (const auto* const inner = dynamic_cast<const window::Container*>(control))
+            for (const window::Control* const further : controlsIn(*inner))
+                all.push_back(further);
+    }
+    return all;
+}
+
 /// The loaded panel on a line in memory, with message boxes and file dialogs that are recorded and answered.
 class PanelBench : public Bench {
 public:
@@ -20,10 +34,7 @@ public:
             boxes.push_back(title + "|" + text + (buttons == MessageBoxButtons::okCancel ? "|Cancel" : ""));
             return answer;
         };
-        services->fileDialog = [this](const FileDialogRequest& request) {
-            dialogs.push_back(request.title);
-            return chosenFile;
-        };
+        services->fileDialog = [this](const FileDialogRequest&) { return chosenFile; };
         panel.load();
     }
 
@@ -40,8 +51,8 @@ public:
     bool pagesShown() { return panel.FrameSSTab.visible(); }
 
     /// What the module has heard since the last call, a frame each: the type, Aux1, Aux2 and the data in hexadecimal.
-    std::vector<std::string> sent() {
-        std::vector<std::string> texts;
+    Texts sent() {
+        Texts texts;
         for (; framesSeen_ < module.frames().size(); ++framesSeen_) {
             const auto& frame = module.frames()[framesSeen_];
             std::string text = hexByteText(frame[5]) + " " + hexByteText(frame[3]) + hexByteText(frame[4]) + " ";
@@ -53,7 +64,7 @@ public:
     }
 
     /// What has been shown since the last call, "title|text", with "|Cancel" when it has that button too.
-    std::vector<std::string> shown() { return std::exchange(boxes, {}); }
+    Texts shown() { return std::exchange(boxes, {}); }
 
     /// The module refuses one command, which is tried five times, after that many good ones.
     void refuseCommand(std::size_t after) {
@@ -62,8 +73,7 @@ public:
 
     MessageBoxAnswer answer = MessageBoxAnswer::ok;
     std::optional<std::string> chosenFile;
-    std::vector<std::string> boxes;
-    std::vector<std::string> dialogs;
+    Texts boxes;
     frmOPane panel;
 
 private:
@@ -75,9 +85,7 @@ private:
 /// The same, synchronised over the defaults.
 class SynchronizedPanel : public PanelBench {
 public:
-    explicit SynchronizedPanel(simulator::ModuleOptions options = {}) : PanelBench(std::move(options)) {
-        synchronize();
-    }
+    SynchronizedPanel() { synchronize(); }
 };
 
 }  // namespace opane::test
