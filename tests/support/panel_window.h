@@ -23,17 +23,11 @@
 namespace opane::test {
 
 /// A tenth of the system's time, so that a busy machine answers in time. Where a wait does nothing else, it is over at
-/// once. It can be told to leap over every time-out, so that nobody waits for a silent module.
+/// once.
 class PatientTime final : public TickCounter {
 public:
-    std::uint32_t now() override {
-        constexpr std::uint32_t kLongestTimeoutMs = 1000;
-        if (leaps)
-            leapt_ += kLongestTimeoutMs + 1;
-        return (systemTickCounter().now() - start_) / 10 + leapt_;
-    }
+    std::uint32_t now() override { return (systemTickCounter().now() - start_) / 10 + leapt_; }
     void pause() override { leapt_ += 100; }
-    bool leaps = false;
 
 private:
     std::uint32_t start_ = systemTickCounter().now();
@@ -115,8 +109,8 @@ public:
     qt::FormView view{form};
 };
 
-/// Answers every message box while it lives, with OK unless told otherwise, and keeps what they said. A box without
-/// that button is answered with its first one.
+/// Answers every message box while it lives, with OK unless told otherwise, and keeps what they said. One without that
+/// button is answered with its first one.
 class BoxAnswers {
 public:
     BoxAnswers() {
@@ -125,8 +119,7 @@ public:
     }
 
     QMessageBox::StandardButton button = QMessageBox::Ok;
-    std::vector<std::string> titles;
-    std::vector<std::string> texts;
+    std::vector<std::string> said;           ///< "title|text"
     std::function<void(QMessageBox&)> look;  ///< before it is answered; may answer it itself
 
 private:
@@ -134,8 +127,7 @@ private:
         auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr || !box->isVisible())
             return;
-        titles.push_back(box->windowTitle().toStdString());
-        texts.push_back(box->text().toStdString());
+        said.push_back((box->windowTitle() + u'|' + box->text()).toStdString());
         if (look)
             look(*box);
         if (!box->isVisible())
