@@ -9,33 +9,27 @@
 namespace opane::test {
 namespace {
 
-using window::Change;
-
-class SmallForm : public window::Form {
+class Controls : public window::Form, public testing::Test {
 public:
-    SmallForm() : Form("Small", "Small Error") {
+    Controls() : Form("Small", "Small Error") {
         for (const auto* const entry : {"a", "b"})
             list.entry(list.entries().size(), entry);
         list.onClick = [this] { done += "list" + std::to_string(list.selected()) + " "; };
         options.onClick = [this] { done += "option" + std::to_string(options.selected()) + " "; };
-        button.onClick = [this] { work(); };
         services->messageBox = [this](const std::string& text, const std::string& title, MessageBoxButtons) {
             done += "[" + title + ": " + text + "] ";
             return MessageBoxAnswer::ok;
         };
-        services->eventHook = [this] { event(); };
         load();
     }
 
-    std::function<void()> work = [] {};
-    std::function<void()> event = [] {};  // what the host's events do in a wait
     std::string done;
-
     ServicesScope services;
     window::Frame frame{*this, "frame", "Frame", {0, 0}};
     window::ComboBox list{frame, "list", {0, 0}};
     window::OptionGroup options{frame, "options", {"one", "two"}, {1, 0}};
     window::TextBox box{frame, "box", {3, 0}, {.lines = 2}};
+    window::TextBox shown{frame, "shown", {4, 0}, {.readOnly = true}};
     window::CommandButton button{*this, "button", "Button", {1, 0}};
 
 private:
@@ -43,73 +37,65 @@ private:
     void afterError() override { done += "tidied "; }
 };
 
-TEST(Controls, RunTheHandlerWhenAnotherEntryIsSelectedByWhomever) {
-    SmallForm form;
-    form.list.select(1);
-    form.list.select(1);
-    form.list.userSelects(0);
-    form.list.text("b");
-    EXPECT_EQ(form.list.selected(), 1);
-    form.options[0].click();
-    form.options[0].click();
-    form.options.select(1);
-    EXPECT_FALSE(form.options[0].selected());
-    EXPECT_EQ(form.done, "list1 list0 option0 option1 ");
-    form.list.text("neither");
-    EXPECT_EQ(form.list.selected(), window::ComboBox::kNone);
-    EXPECT_THROW(form.list.select(2), RuntimeError);
+TEST_F(Controls, RunTheHandlerWhenAnotherEntryIsSelectedByWhomever) {
+    list.select(1);
+    list.select(1);
+    list.userSelects(0);
+    list.text("b");
+    EXPECT_EQ(list.selected(), 1);
+    options[0].click();
+    options[0].click();
+    options.select(1);
+    EXPECT_FALSE(options[0].selected());
+    EXPECT_EQ(done, "list1 list0 option0 option1 ");
+    list.text("neither");
+    EXPECT_EQ(list.selected(), window::ComboBox::kNone);
+    EXPECT_THROW(list.select(2), RuntimeError);
 }
 
-TEST(Controls, KeepLineBreaksAsCarriageReturnAndLineFeed) {
-    SmallForm form;
-    form.box.userTypes("1\n2\r\n3");
-    EXPECT_EQ(form.box.text(), "1\r\n2\r\n3");
-}
-
-TEST(Controls, IgnoreThePersonWhileHiddenDisabledOrNotLoaded) {
-    SmallForm form;
+TEST_F(Controls, IgnoreThePersonWhileHiddenDisabledReadOnlyOrNotLoaded) {
     int reported = 0;
-    form.list.observer([&](Change what) { reported += what == Change::selection ? 1 : 0; });
-    form.frame.visible(false);
-    form.list.userSelects(1);
-    form.frame.visible(true);
-    form.frame.enabled(false);
-    form.list.userSelects(1);
-    EXPECT_EQ(form.list.selected(), window::ComboBox::kNone);
+    list.observer([&](window::Change what) { reported += what == window::Change::selection ? 1 : 0; });
+    frame.visible(false);
+    list.userSelects(1);
+    frame.visible(true);
+    frame.enabled(false);
+    list.userSelects(1);
+    EXPECT_EQ(list.selected(), window::ComboBox::kNone);
     EXPECT_EQ(reported, 2);  // so that a view puts its own list back
-    form.userCloses();
-    form.button.click();
-    EXPECT_EQ(form.done, "unloaded ");
+    frame.enabled(true);
+    shown.userTypes("typed");
+    EXPECT_EQ(shown.text(), "");
+    box.userTypes("1\n2\r\n3");
+    EXPECT_EQ(box.text(), "1\r\n2\r\n3");
+    userCloses();
+    button.click();
+    EXPECT_EQ(done, "unloaded ");
 }
 
-TEST(Controls, TakeNothingButCancelAndCloseWhileAHandlerRuns) {
-    SmallForm form;
+TEST_F(Controls, TakeNothingButCancelAndCloseWhileAHandlerRuns) {
     bool wentOn = true;
-    form.work = [&] {
-        form.done += "begin ";
-        window::LongWork work(form, "long", 3);
+    button.onClick = [&] {
+        window::LongWork work(*this, "long", 3);
         wentOn = work.advance(1);
-        form.list.select(1);  // code may
-        form.done += "end ";
+        list.select(1);  // code may
+        done += "end ";
     };
-    form.event = [&] {
-        EXPECT_TRUE(form.busy());
-        EXPECT_EQ(form.progress()->value, 1);
-        form.button.click();
-        form.options[1].click();
-        form.box.userTypes("typed");
-        form.userCloses();
-        form.userCancels();
+    services->eventHook = [&] {
+        EXPECT_TRUE(busy());
+        EXPECT_EQ(progress()->value, 1);
+        options[1].click();
+        box.userTypes("typed");
+        userCloses();
+        userCancels();
     };
-    form.button.click();
-    EXPECT_FALSE(wentOn);
-    EXPECT_FALSE(form.progress());
-    EXPECT_EQ(form.done, "begin list1 end unloaded ");
-    EXPECT_EQ(form.box.text(), "");
-    EXPECT_FALSE(form.loaded());
+    button.click();
+    EXPECT_FALSE(wentOn || progress() || loaded());
+    EXPECT_EQ(done, "list1 end unloaded ");
+    EXPECT_EQ(box.text(), "");
 }
 
-TEST(Controls, ShowWhatAHandlerRaisesAndGoOn) {
+TEST_F(Controls, ShowWhatAHandlerRaisesAndGoOn) {
     const std::pair<std::function<void()>, std::string> cases[] = {
         {[] { throw RuntimeError(ErrorNumber::deviceIo, "gone"); }, "Error 57: gone"},
         {[] { throw std::bad_alloc(); }, "Error 7: out of memory"},
@@ -117,11 +103,11 @@ TEST(Controls, ShowWhatAHandlerRaisesAndGoOn) {
         {[] { throw 1; }, "Error without a number or a text"},
     };
     for (const auto& [work, text] : cases) {
-        SmallForm form;
-        form.work = work;
-        form.button.click();
-        EXPECT_EQ(form.done, "[Small Error: " + text + "] tidied ");
-        EXPECT_FALSE(form.busy());
+        done.clear();
+        button.onClick = work;
+        button.click();
+        EXPECT_EQ(done, "[Small Error: " + text + "] tidied ");
+        EXPECT_FALSE(busy());
     }
 }
 

@@ -6,7 +6,6 @@
 #include <QPainter>
 #include <algorithm>
 #include <iostream>
-#include <utility>
 
 #include "forms/qt/theme.h"
 #include "support/panel_window.h"
@@ -24,46 +23,25 @@ void work(PanelWindow& window) {
     });
     window.click("cmdSynchronize");
     window.type("txtAffBloc4Pattern", "FF818181818181FFFF818181818181FF00183C7EFF3C3C3C00183C7EFF3C3C3C");
-    window.click("cmdAffData");
     window.choose("cmbAffBloc1Ligne", "3");
     window.choose("cmbAffBloc1Colonne", "7");
-    window.click("cmdAffBloc1");
     window.choose("cmbAffBloc4Ligne", "5");
     window.choose("cmbAffBloc4Colonne", "2");
-    window.click("cmdAffBloc4");
-    window.click("cmdCadre");
-    for (const char* const button : {"cmdReadStatus", "cmdVersion", "cmdReadADC", "cmdReadTemp", "cmdReadIR",
-                                     "cmdReadVlcd", "optEEPROMType(1)", "cmdReadAllEEPROM"})
-        window.click(button);
     window.type("txtEEPROMBaseAdress", "80");
     window.type("txtEEPROMLength", "30");
-    window.click("cmdReadEEPROM");
-    window.click("optBacklightLumControl(0)");
-    window.click("cmdBacklightStatus");
     window.type("txtWriteBacklightIntensity", "180");
-    window.click("cmdWriteVert");
-    window.click("cmdReadVert");
-    window.click("cmdReadSED1530");
+    for (const char* const button :
+         {"cmdAffData", "cmdAffBloc1", "cmdAffBloc4", "cmdCadre", "cmdReadStatus", "cmdVersion", "cmdReadADC",
+          "cmdReadTemp", "cmdReadIR", "cmdReadVlcd", "optEEPROMType(1)", "cmdReadAllEEPROM", "cmdReadEEPROM",
+          "optBacklightLumControl(0)", "cmdBacklightStatus", "cmdWriteVert", "cmdReadVert", "cmdReadSED1530"})
+        window.click(button);
 }
 
-class Album {
-public:
-    explicit Album(QDir folder) : folder_(std::move(folder)) {}
-
-    static QImage pictureOf(QWidget& widget) {
-        QTest::qWait(kSettleMs);
-        return widget.grab().toImage();
-    }
-    void add(const char* name, const QImage& picture) const {
-        const QString file = folder_.filePath(QLatin1String(name) + QStringLiteral(".png"));
-        if (!picture.save(file))
-            throw std::runtime_error("cannot write " + file.toStdString());
-    }
-
-private:
-    static constexpr int kSettleMs = 100;  // for the display server to have shown what is painted
-    QDir folder_;
-};
+QImage pictureOf(QWidget& widget) {
+    constexpr int kSettleMs = 100;  // for the display server to have shown what is painted
+    QTest::qWait(kSettleMs);
+    return widget.grab().toImage();
+}
 
 QImage sideBySide(const QImage& left, const QImage& right) {
     constexpr int kGap = 12;
@@ -75,7 +53,12 @@ QImage sideBySide(const QImage& left, const QImage& right) {
     return both;
 }
 
-void makePictures(const Album& album) {
+void makePictures(const QDir& folder) {
+    const auto add = [&folder](const char* name, const QImage& picture) {
+        const QString file = folder.filePath(QLatin1String(name) + QStringLiteral(".png"));
+        if (!picture.save(file))
+            throw std::runtime_error("cannot write " + file.toStdString());
+    };
     qt::applyTheme(qt::Theme::light);
     PanelWindow window;
     BoxAnswers answers;
@@ -85,19 +68,18 @@ void makePictures(const Album& album) {
     moduleWindow.show();
     const auto both = [&] {
         window.tabs().setCurrentIndex(0);
-        return sideBySide(Album::pictureOf(window.view), Album::pictureOf(moduleWindow));
+        return sideBySide(pictureOf(window.view), pictureOf(moduleWindow));
     };
-    album.add("panel", both());
-    const char* const otherPages[] = {"panel-status", "panel-read", "panel-eeprom", "panel-backlight", "panel-opane"};
-    for (const char* const page : otherPages) {
+    add("panel", both());
+    for (const char* const page : {"panel-status", "panel-read", "panel-eeprom", "panel-backlight", "panel-opane"}) {
         window.tabs().setCurrentIndex(window.tabs().currentIndex() + 1);
-        album.add(page, Album::pictureOf(window.view));
+        add(page, pictureOf(window.view));
     }
-    answers.look = [&](QMessageBox& box) { album.add("panel-box", Album::pictureOf(box)); };
+    answers.look = [&](QMessageBox& box) { add("panel-box", pictureOf(box)); };
     answers.button = QMessageBox::Cancel;
     window.choose("cmbBusType", "RS485");
     qt::applyTheme(qt::Theme::dark);
-    album.add("panel-dark", both());
+    add("panel-dark", both());
 }
 
 }  // namespace
@@ -109,6 +91,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: panel_screenshots FOLDER\n";
         return 2;
     }
-    opane::test::makePictures(opane::test::Album(QDir(argv[1])));
+    opane::test::makePictures(QDir(argv[1]));
     return 0;
 }
