@@ -43,8 +43,22 @@ public:
         ASSERT_EQ(panel.txtSystemStatus.text(), "System Synchronized");
     }
 
-    /// Presses the button of that name.
-    void click(const std::string& name) { dynamic_cast<window::CommandButton&>(*panel.find(name)).click(); }
+    /// Clicks the buttons of these names, one after the other.
+    template <class... Names>
+    void click(const Names&... names) {
+        (clickOne(panel.find(names)), ...);
+    }
+    /// Clicks one, and gives the texts of these boxes, the command's status, what was sent and what was shown.
+    Texts press(const std::string& button, const Texts& names = {}) {
+        click(button);
+        Texts report;
+        for (const std::string& name : names)
+            report.push_back(text(name));
+        report.push_back(status());
+        for (const Texts& part : {sent(), shown()})
+            report.insert(report.end(), part.begin(), part.end());
+        return report;
+    }
     void type(const std::string& name, const std::string& text) { box(name).userTypes(text); }
     std::string text(const std::string& name) { return box(name).text(); }
     std::string status() { return panel.txtCommandStatus.text(); }
@@ -77,6 +91,12 @@ public:
     frmOPane panel;
 
 private:
+    static void clickOne(window::Control* button) {
+        if (auto* const option = dynamic_cast<window::OptionButton*>(button))
+            option->click();
+        else
+            dynamic_cast<window::CommandButton&>(*button).click();
+    }
     window::TextBox& box(const std::string& name) { return dynamic_cast<window::TextBox&>(*panel.find(name)); }
 
     std::size_t framesSeen_ = 0;
