@@ -14,10 +14,11 @@ namespace {
 using Pixels = std::vector<std::pair<int, int>>;
 
 Pixels darkPixels(const ModuleState& state) {
+    const ScreenImage shown = shownScreen(state);
     Pixels dark;
     for (int row = 0; row < kScreenHeight; ++row)
         for (int column = 0; column < kScreenWidth; ++column)
-            if (isDark(shownScreen(state), column, row))
+            if (isDark(shown, column, row))
                 dark.emplace_back(column, row);
     return dark;
 }

@@ -30,7 +30,7 @@ const std::string kKey = "AA0003010012EA";
 
 // Pairs of what the host says and what comes back, with orders among them: at MICROSECONDS, host BAUDRATE, key NUMBER,
 // set READING, fault ORDER, unread BYTES (said, while nobody takes what comes back), ask ANSWER (to kKey), replug -; and
-// what has been heard until then: frames COUNT, handshakes COUNT. Checksums are 256 less the sum behind the mark.
+// what has been heard until then: heard FRAMES+HANDSHAKES. Checksums are 256 less the sum behind the mark.
 struct Conversation {
     const char* name;
     std::string words;
@@ -59,10 +59,8 @@ TEST_P(Module, TalksAsOnPaper) {
             module.receive(bytesOf(with), now);
         else if (word == "replug")
             module.replug();
-        else if (word == "frames")
-            EXPECT_EQ(std::to_string(module.frames().size()), with);
-        else if (word == "handshakes")
-            EXPECT_EQ(std::to_string(module.handshakes()), with);
+        else if (word == "heard")
+            EXPECT_EQ(std::to_string(module.frames().size()) + "+" + std::to_string(module.handshakes()), with);
         else
             EXPECT_EQ(said(module, bytesOf(word == "ask" ? kKey : word), now), bytesOf(with));
     }
@@ -142,18 +140,18 @@ const Conversation kConversations[] = {
      "A8A8 - at 2084 - 18 at 4160 - - at 4170 - 18 fault delay:10 at 100000 AA0002000009F5 - " + kStatus +
          "- at 125623 - - at 125627 - AA",
      {.pace = true}},
-    {"bytes_between_frames", "00A4A915FF - " + kStatus + kItsAnswer + "frames 1 handshakes 0"},
-    {"frame_for_another_node", "AA0002000009F5 - frames 1"},
-    {"handshake_of_node_0", "A5A6A7A8 15 handshakes 4", {.node = 0}},
+    {"bytes_between_frames", "00A4A915FF - " + kStatus + kItsAnswer + "heard 1+0"},
+    {"frame_for_another_node", "AA0002000009F5 - heard 1+0"},
+    {"handshake_of_node_0", "A5A6A7A8 15 heard 0+4", {.node = 0}},
     // 2 + 3 + 13 + 168 + 170 = 356; 512 - 356 = 156
-    {"marks_and_handshakes_as_data", "AA020300000DA8AA9C AA000300000DF0 handshakes 0"},
+    {"marks_and_handshakes_as_data", "AA020300000DA8AA9C AA000300000DF0 heard 1+0"},
     {"frame_in_pieces", "AA - at 49000 00 - at 98000 030000 - at 147000 09 - at 196000 F4 " + kItsAnswer},
-    {"several_at_once", "A8AA0003000008F4AA0003000009F4 18AA0003000000FDAA010300000938BB frames 1 handshakes 1"},
-    {"cut_frame", "AAFF03 - at 50000 A8 - at 101000 A8 18 frames 0 handshakes 1"},
+    {"several_at_once", "A8AA0003000008F4AA0003000009F4 18AA0003000000FDAA010300000938BB heard 1+1"},
+    {"cut_frame", "AAFF03 - at 50000 A8 - at 101000 A8 18 heard 0+1"},
     // 8 characters of 10 bits take 66.67 ms
     {"slow_frame", "host 1200 AA - at 66000 0003000009 - at 132000 F4 " + kItsAnswer, {.baudRate = 1200}},
     {"slow_cut_frame", "host 1200 AA00 - at 67000 A8 18", {.baudRate = 1200}},
-    {"wrong_checksum", "AA0003FF0006F9 AA0003000000FD frames 0"},
+    {"wrong_checksum", "AA0003FF0006F9 AA0003000000FD heard 0+0"},
     {"echo", "A8 A818 A5 A5 AA0003000008F6 AA0003000008F6AA0003000000FD", {.bus = Bus::rs485}},
 
     // Each spoils one answer, and then all is well.
@@ -171,8 +169,7 @@ const Conversation kConversations[] = {
          " at 2000 A8 A8 at 300999 - - at 301000 - AA0203000012F307EF18",
      {.bus = Bus::rs485}},
     // What was on its way is lost, and a handshake meanwhile unheard.
-    {"unplug",
-     "fault unplug@1 " + kStatus + kItsAnswer + "unread A8 " + kStatus + "- A8 - replug - A8 18 handshakes 2"},
+    {"unplug", "fault unplug@1 " + kStatus + kItsAnswer + "unread A8 " + kStatus + "- A8 - replug - A8 18 heard 2+2"},
     // Other requests, and a change that is refused, leave the fault as it is.
     {"lost_rate_after_a_change",
      "fault lost-rate " + kStatus + kItsAnswer +
@@ -243,17 +240,6 @@ TEST(Keys, GiveTheirCodesAndTurnTheToggleFlag) {
     EXPECT_THROW(module.pressKey(10), std::invalid_argument);
 }
 
-/// That the call is refused with a text that begins with the order's name.
-template <class Call>
-void expectRefused(const Call& call, const std::string& named) {
-    try {
-        call();
-        ADD_FAILURE() << named;
-    } catch (const std::invalid_argument& error) {
-        EXPECT_EQ(std::string(error.what()).find(named + ": "), 0U) << error.what();
-    }
-}
-
 TEST(Readings, AreSetByName) {
     ModuleState state;
     for (const char* order :
@@ -263,7 +249,7 @@ TEST(Readings, AreSetByName) {
               (std::vector<int>{1, 2, 3, 65535, 215, 0}));
     for (const std::string order :
          {"", "vlcd", "vlcd=", "vlcd=-1", "vlcd=65536", "vlcd=1x", "light=1", "adc:256=1", "adc:=1"})
-        expectRefused([&] { setReading(state, order); }, "reading \"" + order + "\"");
+        EXPECT_THROW(setReading(state, order), std::invalid_argument) << order;
 }
 
 // Four times a handshake (h) and a request (r); a dot is silence, a capital has Aux1 255.
@@ -308,11 +294,8 @@ TEST(FaultOrder, IsReadOrRefusedByItsName) {
          {"",        "mute",    "ignore:0",     "ignore:x",    "ignore:2x2",  "ignore:-1",   "silent:3", "silentx2",
           "aux:0",   "aux:256", "cut-info:256", "garbage:0",   "delay:60001", "lost-rate:1", "aux:1x0",  "aux:1@",
           "aux:1@h", "aux:1x",  "aux 1",        "aux:9999999", "aux@0x2",     "cut-info:0x2"})
-        expectRefused([&] { faultOrder(order); }, "fault \"" + order + "\"");
-    ModuleState state;
-    const std::string endless(200'000, 'a');
-    EXPECT_THROW(faultOrder(endless), std::invalid_argument);
-    EXPECT_THROW(setReading(state, endless + "=1"), std::invalid_argument);
+        EXPECT_THROW(faultOrder(order), std::invalid_argument) << order;
+    EXPECT_THROW(faultOrder(std::string(200'000, 'a')), std::invalid_argument) << "of any length";
     SimulatedModule module;
     EXPECT_THROW(module.fault({.fault = Fault::aux, .parameter = 0}), std::invalid_argument);
     EXPECT_THROW(module.fault({.fault = Fault::ignore, .parameter = 1}), std::invalid_argument);
@@ -327,16 +310,12 @@ TEST(Speeds, MakeNoiseWhileTheyDifferButNotOfAnEcho) {
     EXPECT_TRUE(module.frames().empty());
     module.hostBaudRate(9600);
     EXPECT_EQ(said(module, {0xA8}, 40'000'000), (Bytes{0x18}));
-    const auto heard = [] {
-        SimulatedModule spoken({.bus = Bus::rs485});
-        spoken.receive(bytesOf(kStatus), 0);
-        spoken.hostBaudRate(4800);
-        return spoken.takeOutput(0);
-    };
-    const Bytes bytes = heard();
+    SimulatedModule bus({.bus = Bus::rs485});
+    bus.receive(bytesOf(kStatus), 0);
+    bus.hostBaudRate(4800);
+    const Bytes bytes = bus.takeOutput(0);
     EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 7), bytesOf(kStatus));
     EXPECT_NE(Bytes(bytes.begin() + 7, bytes.end()), bytesOf(kItsAnswer));
-    EXPECT_EQ(heard(), bytes) << "the same noise in every run";
 }
 
 TEST(Options, AreRefusedOutOfRange) {

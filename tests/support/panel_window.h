@@ -4,9 +4,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
-#include <QLineEdit>
 #include <QMessageBox>
-#include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
@@ -76,12 +74,10 @@ public:
         QTest::keyClick(list.view(), Qt::Key_Return);
     }
     std::string text(const char* name) {
-        auto* const found = view.findChild<QWidget*>(name);
-        if (const auto* const lines = qobject_cast<QPlainTextEdit*>(found))
-            return lines->toPlainText().toStdString();
-        if (const auto* const list = qobject_cast<QComboBox*>(found))
-            return list->currentText().toStdString();
-        return at<QLineEdit>(name).text().toStdString();
+        for (const char* const property : {"text", "plainText", "currentText"})
+            if (const QVariant shown = view.findChild<QWidget*>(name)->property(property); shown.isValid())
+                return shown.toString().toStdString();
+        throw std::runtime_error(std::string("there is no text in ") + name);
     }
     bool showsTabs() const { return view.findChild<QWidget*>("FrameSSTab")->isVisible(); }
 
