@@ -3,7 +3,6 @@
 #include <set>
 
 #include "support/panel_bench.h"
-#include "support/temporary_folder.h"
 
 namespace opane::test {
 namespace {
@@ -132,8 +131,7 @@ TEST(PanelConnection, RefusedRateChangeOrResetGoesBackToTheDefaults) {
     }
 }
 
-TEST(PanelConnection, ErrorsEndItUnlessTheyLieBesideTheLink) {
-    const TemporaryFolder folder;
+TEST(PanelConnection, EndsByAnErrorAndCanBeMadeAgain) {
     PanelBench bench;
     bench.line.missingPort = 2;
     bench.panel.cmbComPort.userSelects(1);
@@ -143,15 +141,85 @@ TEST(PanelConnection, ErrorsEndItUnlessTheyLieBesideTheLink) {
     EXPECT_EQ(threadLink()->Timeout(), 1000);
     bench.panel.cmbComPort.userSelects(0);
     bench.synchronize();
-    bench.chosenFile = folder / "missing.bmp";
-    EXPECT_EQ(bench.press("cmdAfficheBMP")[1].find("OPane Error|Error 53: "), 0U);
-    EXPECT_EQ(bench.status(), "Command Failed");
-    EXPECT_TRUE(bench.pagesShown());
     bench.module.fault({.fault = Fault::unplug});
     bench.press("cmdVersion");
     EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
     bench.panel.cmbNodeNumber.userSelects(0);
     EXPECT_TRUE(bench.boxes.empty()) << "nothing is left to drop";
+}
+
+TEST(PanelControls, RunTheirHandlerOnceWhenTheSelectionChangesByWhomever) {
+    PanelBench bench;
+    int asked = 0;
+    bench.panel.cmbNodeNumber.onClick = [&] { ++asked; };
+    bench.panel.cmbNodeNumber.select(1);
+    bench.panel.cmbNodeNumber.userSelects(1);
+    bench.panel.cmbNodeNumber.userSelects(0);
+    bench.panel.cmbNodeNumber.text("2");  // runs none
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(bench.panel.cmbNodeNumber.selected(), 2);
+    bench.panel.cmbNodeNumber.text("neither");
+    EXPECT_EQ(bench.panel.cmbNodeNumber.selected(), window::ComboBox::kNone);
+    EXPECT_THROW(bench.panel.cmbNodeNumber.select(4), RuntimeError);
+    bench.synchronize();
+    bench.click("optSens(0)", "optSens(1)");
+    EXPECT_EQ(bench.panel.optSens.selected(), 1);
+    EXPECT_FALSE(bench.panel.optSens[0].selected());
+    bench.panel.optBacklightLumControl.onClick = [&] { ++asked; };
+    bench.click("optBacklightLumControl(1)", "optBacklightLumControl(1)");
+    bench.panel.optBacklightLumControl.select(0);
+    EXPECT_EQ(asked, 4);
+}
+
+TEST(PanelControls, IgnoreThePersonWhileHiddenDisabledReadOnlyOrNotLoaded) {
+    PanelBench bench;
+    int reported = 0;
+    bench.panel.txtClearPattern.observer(
+        [&](window::Change what) { reported += what == window::Change::text ? 1 : 0; });
+    bench.type("txtClearPattern", "hidden");
+    bench.panel.FrameSSTab.visible(true);
+    bench.panel.pageAffiche.enabled(false);
+    bench.type("txtClearPattern", "disabled");
+    EXPECT_EQ(bench.text("txtClearPattern"), "00");
+    EXPECT_EQ(reported, 2);  // so that a view puts its own text back
+    bench.type("txtVersion", "typed");
+    EXPECT_EQ(bench.text("txtVersion"), "");
+    bench.type("txtEEPROMDataSmall", "1\n2\r\n3");
+    EXPECT_EQ(bench.text("txtEEPROMDataSmall"), "1\r\n2\r\n3");
+    bench.panel.userCloses();
+    EXPECT_EQ(bench.press("cmdSynchronize"), Texts{""});
+}
+
+TEST(PanelControls, TakeNothingButCancelAndCloseWhileAHandlerRuns) {
+    SynchronizedPanel bench;
+    bench.services->eventHook = [&] {
+        EXPECT_TRUE(bench.panel.busy());
+        bench.click("optSens(1)", "cmdVersion");
+        bench.type("txtClearPattern", "FF");
+        bench.panel.cmbNodeNumber.userSelects(0);
+        bench.panel.userCloses();
+        bench.panel.userCancels();
+    };
+    EXPECT_EQ(bench.press("cmdReadAllEEPROM", {"txtClearPattern", "txtVersion"}), (Texts{"00", "", "Command Failed"}));
+    EXPECT_EQ(bench.panel.optSens.selected(), window::OptionGroup::kNone);
+    EXPECT_EQ(bench.panel.cmbNodeNumber.text(), "3");
+    EXPECT_FALSE(bench.panel.busy() || bench.panel.progress() || bench.panel.loaded());
+}
+
+TEST(PanelControls, ShowWhatAHandlerRaisesAndGoOn) {
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[] { throw RuntimeError(ErrorNumber::fileNotFound, "gone"); }, "Error 53: gone"},
+        {[] { throw std::bad_alloc(); }, "Error 7: out of memory"},
+        {[] { throw std::runtime_error("odd"); }, "Error without a number: odd"},
+        {[] { throw 1; }, "Error without a number or a text"},
+    };
+    SynchronizedPanel bench;
+    for (const auto& [raise, text] : cases) {
+        bench.panel.cmdVersion.onClick = raise;
+        EXPECT_EQ(bench.press("cmdVersion"), (Texts{"Command Failed", "OPane Error|" + text}));
+        EXPECT_TRUE(bench.pagesShown());
+        bench.panel.DisplayCommandStatus(true);
+    }
 }
 
 }  // namespace
