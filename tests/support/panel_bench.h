@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,15 +16,12 @@ namespace opane::test {
 using Texts = std::vector<std::string>;
 
 /// Every control, those in other controls too.
-inline std::vector<const window::Control*> controlsIn(const window::Container& container) {
-    std::vector<const window::Control*> all;
-    for (const window::Control* const control : container.controls()) {
-        all.push_back(control);
+inline void forEachControl(const window::Container& in, const std::function<void(const window::Control&)>& use) {
+    for (const window::Control* const control : in.controls()) {
+        use(*control);
         if (const auto* const inner = dynamic_cast<const window::Container*>(control))
-            for (const window::Control* const further : controlsIn(*inner))
-                all.push_back(further);
+            forEachControl(*inner, use);
     }
-    return all;
 }
 
 /// The loaded panel on a line in memory, with message boxes and file dialogs that are recorded and answered.
