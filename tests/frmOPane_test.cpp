@@ -78,6 +78,8 @@ TEST(PanelConnection, AsksBeforeANewChoiceDropsIt) {
         const Texts question{title +
                              "|Le module est synchronisé en ce moment. Cette action \r\n"
                              "va réinitialiser l'état de la communication.|Cancel"};
+        box.userSelects(box.selected());
+        EXPECT_TRUE(bench.boxes.empty()) << "nothing else is chosen";
         bench.answer = MessageBoxAnswer::cancel;
         box.userSelects(index);
         EXPECT_EQ(bench.shown(), question);
@@ -142,25 +144,6 @@ TEST(PanelConnection, EndsByAnErrorAndCanBeMadeAgain) {
     bench.synchronize();
 }
 
-TEST(PanelControls, RunTheirHandlerOnceWhenTheSelectionChangesByWhomever) {
-    SynchronizedPanel bench;
-    int run = 0;
-    auto& list = bench.panel.cmbAffDataLigne;
-    list.onClick = bench.panel.optSens.onClick = [&run] { ++run; };
-    list.select(1);
-    list.userSelects(1);
-    list.userSelects(0);
-    list.text("2");  // runs none
-    EXPECT_EQ(list.selected(), 2);
-    list.text("neither");
-    EXPECT_EQ(list.selected(), window::ComboBox::kNone);
-    EXPECT_THROW(list.select(8), RuntimeError);
-    bench.click("optSens(0)", "optSens(0)");
-    bench.panel.optSens.select(1);
-    EXPECT_FALSE(bench.panel.optSens[0].selected());
-    EXPECT_EQ(run, 4);
-}
-
 TEST(PanelControls, IgnoreThePersonWhileHiddenDisabledReadOnlyOrNotLoaded) {
     PanelBench bench;
     int reported = 0;
@@ -176,6 +159,9 @@ TEST(PanelControls, IgnoreThePersonWhileHiddenDisabledReadOnlyOrNotLoaded) {
     EXPECT_EQ(bench.text("txtVersion"), "");
     bench.type("txtEEPROMDataSmall", "1\n2\r\n3");
     EXPECT_EQ(bench.text("txtEEPROMDataSmall"), "1\r\n2\r\n3");
+    bench.panel.cmbBusType.text("neither");
+    EXPECT_EQ(bench.panel.cmbBusType.selected(), window::ComboBox::kNone);
+    EXPECT_THROW(bench.panel.cmbBusType.select(2), RuntimeError);
     bench.panel.userCloses();
     EXPECT_EQ(bench.press("cmdSynchronize"), Texts{""});
 }

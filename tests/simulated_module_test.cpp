@@ -130,6 +130,10 @@ const Conversation kConversations[] = {
          "AA020300000B70027E at 32000000 " + kLuminosity + "AA020300000B1602D8 at 87000000 " + kLuminosity +
          "AA020300000B3402BA at 157000000 AA0003020012E9 AA02030000120000E9 ask AA0203000012FFFFEB",
      {.drift = true}},
+    {"set_by_name",
+     "set luminosity=1 set adc:0x1=002 set temperature-adc=3 set battery=0xffff set temperature=0215 "
+     "AA000300000BF2 AA020300000B0100EF AA000301000BF1 AA020300000B0200EE AA000302000BF0 AA020300000B0300ED "
+     "AA000303000BEF AA020300000BFFFFF2 AA0003000012EB AA0203000012D70012"},
     {"not_drifting", kLuminosity + "AA020300000B3402BA at 10000000 " + kLuminosity + "AA020300000B3402BA"},
 
     // A byte takes 8333.3 us at 1200 baud, 1041.7 at 9600. 7 bytes there, which are echoed, and 8 back.
@@ -237,18 +241,6 @@ TEST(Refusal, SaysSoAndChangesNothing) {
     }
 }
 
-TEST(Readings, AreSetByName) {
-    ModuleState state;
-    for (const char* order :
-         {"luminosity=1", "adc:0x1=002", "temperature-adc=3", "battery=0xffff", "temperature=0215", "vlcd=0"})
-        setReading(state, order);
-    EXPECT_EQ((std::vector<int>{state.adc[0], state.adc[1], state.adc[2], state.adc[3], state.temperature, state.vlcd}),
-              (std::vector<int>{1, 2, 3, 65535, 215, 0}));
-    for (const std::string order :
-         {"", "vlcd", "vlcd=", "vlcd=-1", "vlcd=65536", "vlcd=1x", "light=1", "adc:256=1", "adc:=1"})
-        EXPECT_THROW(setReading(state, order), std::invalid_argument) << order;
-}
-
 // Four times a handshake (h) and a request (r); a dot is silence, a capital has Aux1 255.
 TEST(Fault, IsCountedFromTheOrderOn) {
     std::istringstream rows(
@@ -270,14 +262,13 @@ TEST(Fault, IsCountedFromTheOrderOn) {
     }
 }
 
-TEST(FaultOrder, IsReadOrRefusedByItsName) {
+TEST(Orders, AreReadOrRefused) {
     EXPECT_EQ(faultOrder("auxx3").count, 3U) << "a name that ends in x";
     EXPECT_EQ(faultOrder("ignore:010").count, 10U);
     EXPECT_EQ(faultOrder("aux:0x1F").parameter, 31);
     EXPECT_EQ(faultOrder("aux:0x1x0x1f").count, 31U);
-    const FaultOrder everything = faultOrder("delay:500@4x2");
-    EXPECT_EQ(std::tie(everything.fault, everything.parameter, everything.after, everything.count),
-              std::tuple(Fault::delay, 500, 4U, 2U));
+    const FaultOrder all = faultOrder("delay:500@4x2");
+    EXPECT_EQ(std::tie(all.fault, all.parameter, all.after, all.count), std::tuple(Fault::delay, 500, 4U, 2U));
     for (const std::string order :
          {"",        "mute",    "ignore:0",     "ignore:x",    "ignore:2x2",  "ignore:-1",   "silent:3", "silentx2",
           "aux:0",   "aux:256", "cut-info:256", "garbage:0",   "delay:60001", "lost-rate:1", "aux:1x0",  "aux:1@",
@@ -287,6 +278,13 @@ TEST(FaultOrder, IsReadOrRefusedByItsName) {
     SimulatedModule module;
     EXPECT_THROW(module.fault({.fault = Fault::aux, .parameter = 0}), std::invalid_argument);
     EXPECT_THROW(module.fault({.fault = Fault::ignore, .parameter = 1}), std::invalid_argument);
+    for (const char* const order : {"", "vlcd", "vlcd=", "vlcd=-1", "vlcd=65536", "vlcd=1x", "light=1", "adc:256=1"})
+        EXPECT_THROW(setReading(module.state(), order), std::invalid_argument) << order;
+    for (const int key : {0, 10})
+        EXPECT_THROW(module.pressKey(key), std::invalid_argument);
+    for (const ModuleOptions& options :
+         {ModuleOptions{.node = 4}, {.node = -1}, {.quartz = 4}, {.baudRate = 38400, .quartz = 1}})
+        EXPECT_THROW(SimulatedModule{options}, std::invalid_argument);
 }
 
 TEST(Speeds, MakeNoiseWhileTheyDifferButNotOfAnEcho) {
@@ -304,14 +302,6 @@ TEST(Speeds, MakeNoiseWhileTheyDifferButNotOfAnEcho) {
     const Bytes bytes = bus.takeOutput(0);
     EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 7), bytesOf(kStatus));
     EXPECT_NE(Bytes(bytes.begin() + 7, bytes.end()), bytesOf(kItsAnswer));
-}
-
-TEST(Options, AndKeysAreRefusedOutOfRange) {
-    for (const ModuleOptions& options :
-         {ModuleOptions{.node = 4}, {.node = -1}, {.quartz = 4}, {.baudRate = 38400, .quartz = 1}})
-        EXPECT_THROW(SimulatedModule{options}, std::invalid_argument);
-    for (const int key : {0, 10})
-        EXPECT_THROW(SimulatedModule().pressKey(key), std::invalid_argument);
 }
 
 TEST(LongLife, OfAModuleWhoseHostNeverReadsNeedsNoMoreAndMoreMemory) {
