@@ -14,8 +14,6 @@ namespace opane {
 namespace {
 
 constexpr std::int16_t kQuartzType = 2;
-constexpr std::int16_t kFrameDrawn = 255;  // pattern of the frame command
-constexpr std::int16_t kNoFrame = 0;
 constexpr std::int16_t kInfraredKey = 1;  // parameter of the reading
 
 }  // namespace
@@ -101,7 +99,7 @@ void clsOPaneCommDLL::WriteStatus(std::int16_t intUpSideDown, std::int16_t intIn
         return;
     const auto link = threadLink();
     const clsOPane::Running running(*link);
-    const bool written = link->OPaneCmd_Cadre(intCadreON == 1 ? kFrameDrawn : kNoFrame) &&
+    const bool written = link->OPaneCmd_Cadre(intCadreON == 1 ? clsOPane::kFrameDrawn : clsOPane::kNoFrame) &&
                          link->OPaneCmd_WriteStatus(intUpSideDown == 1, intInvertedDisplay == 1, intLCDOn == 1,
                                                     intAutomaticBacklightON == 1, true);
     intReturnStatus = written ? 0 : 1;

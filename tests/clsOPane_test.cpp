@@ -65,7 +65,7 @@ TEST(PortSettings, WhatIsRefusedIsStoredAllTheSameAndThePortStaysClosed) {
     EXPECT_EQ(raisedNumber([&] { link.OPaneCmd_Clear(0); }), 8018);
     link.CommPort(1);
     EXPECT_TRUE(link.SendSynchronizeCharacter(3));
-    bench.holder.globals().gobjLog.reset();
+    bench.holder.adopt(std::shared_ptr<clsLog>());
     EXPECT_EQ(raisedNumber([&] { link.OPaneCmd_Clear(0); }), 91) << "there is no log";
     EXPECT_TRUE(bench.module.frames().empty());
 }

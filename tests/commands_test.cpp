@@ -87,7 +87,7 @@ class Command : public testing::TestWithParam<CommandCase> {};
 
 TEST_P(Command, LogsSendsAndDecodes) {
     LinkBench bench;
-    threadGlobals()->gobjLog->LogLevel(2);
+    threadLog()->LogLevel(2);
     ScriptedPeer& peer = bench.scripted();
     const CommandCase& row = GetParam();
     std::vector<ByteArray> expected;
@@ -199,7 +199,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, Command, testing::ValuesIn(kCommands), rowName);
 
 TEST(WriteStatus, SendsFiveFramesInOrderAndStopsAtTheFirstFailure) {
     LinkBench bench;
-    threadGlobals()->gobjLog->LogLevel(2);
+    threadLog()->LogLevel(2);
     EXPECT_TRUE(bench.link().OPaneCmd_WriteStatus(true, false, true, false, true));
     EXPECT_EQ(bench.logged(),
               "Cmd Type : 10|UpsideDown : TRUE|Cmd Type : 10|Inverted Display : FALSE|Cmd Type : 10|LCD ON : TRUE|"

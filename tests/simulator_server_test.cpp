@@ -21,13 +21,13 @@ using test::TemporaryFolder;
 
 constexpr int kPatienceMs = 5000;  // what comes, comes at once; only a failure waits this long
 
-Descriptor host(const std::string& path) {
-    Descriptor device(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+FileDescriptor host(const std::string& path) {
+    FileDescriptor device(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
     EXPECT_GE(device.number(), 0) << path;
     return device;
 }
 
-void baudRate(const Descriptor& device, speed_t speed) {
+void baudRate(const FileDescriptor& device, speed_t speed) {
     termios settings{};
     ASSERT_EQ(::tcgetattr(device.number(), &settings), 0);
     ::cfsetspeed(&settings, speed);
@@ -35,7 +35,7 @@ void baudRate(const Descriptor& device, speed_t speed) {
 }
 
 // What comes back, waited for; fewer bytes when the device has gone.
-Bytes told(const Descriptor& device, const Bytes& request, std::size_t count) {
+Bytes told(const FileDescriptor& device, const Bytes& request, std::size_t count) {
     EXPECT_EQ(::write(device.number(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
     Bytes bytes;
     pollfd source{device.number(), POLLIN, 0};
@@ -49,7 +49,7 @@ TEST(Server, PassesEveryByteFollowsTheSpeedAndComesBackAfterAnUnplug) {
     const TemporaryFolder folder;
     ServedModule module({.bus = Bus::rs485, .pace = true}, folder / "module");
     {
-        const Descriptor device = host(folder / "module");
+        const FileDescriptor device = host(folder / "module");
         const Bytes toRate19200{0xAA, 0, 3, 254, 0, 14, 0xF1};
         EXPECT_EQ(told(device, toRate19200, 14), (Bytes{0xAA, 0, 3, 254, 0, 14, 0xF1, 0xAA, 0, 3, 0, 0, 14, 0xEF}));
         baudRate(device, B19200);
@@ -78,9 +78,9 @@ TEST(Server, PassesEveryByteFollowsTheSpeedAndComesBackAfterAnUnplug) {
 TEST(Device, IsCleanAgainWhenItsLastHostHasGoneAndOnlyThen) {
     PseudoTerminal terminal;
     for (const bool another : {true, false}) {
-        Descriptor other = another ? host(terminal.path()) : Descriptor();
+        FileDescriptor other = another ? host(terminal.path()) : FileDescriptor();
         {
-            const Descriptor killed = host(terminal.path());
+            const FileDescriptor killed = host(terminal.path());
             ASSERT_EQ(::ioctl(killed.number(), TIOCEXCL), 0);
             terminal.write(Bytes{1, 2, 3});
             pollfd source{killed.number(), POLLIN, 0};

@@ -25,7 +25,7 @@ private:
 class Waiting : public testing::Test {
 protected:
     Waiting() {
-        threadGlobals()->gobjLog->writer(std::make_unique<NotedLines>(steps));
+        threadLog()->writer(std::make_unique<NotedLines>(steps));
         EXPECT_EQ(std::exchange(steps, {}), "binary ");
     }
 
@@ -116,7 +116,7 @@ TEST_F(Waiting, CountsALongHostEvent) {
 
 TEST_F(Waiting, OutlivesTheReleaseOfItsLink) {
     answer({0x18});
-    atYields([this](int) { bench.holder.globals().gobjOPane.reset(); });
+    atYields([this](int) { bench.holder.adopt(std::shared_ptr<clsOPane>()); });
     EXPECT_TRUE(handshake());
     EXPECT_EQ(bench.line.portEvents.back(), "close") << "it has ended behind the call";
 }

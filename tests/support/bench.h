@@ -52,8 +52,8 @@ public:
             boxes.push_back(title + ": " + text + (buttons == MessageBoxButtons::okCancel ? "|Cancel" : ""));
             return MessageBoxAnswer::ok;
         };
-        holder.globals().gobjOPane = clsOPane::create();
-        holder.globals().gobjLog = std::make_shared<clsLog>();
+        holder.adopt(clsOPane::create());
+        holder.adopt(std::make_shared<clsLog>());
         holder.globals().gintCommPort = 1;
         link().Initialize();
         link().CommunicationType("RS232");

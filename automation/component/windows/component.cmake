@@ -16,6 +16,8 @@ add_custom_command(OUTPUT ${generated}/OPaneCommDLL.tlb
 
 target_sources(OPaneCommDLL PRIVATE windows/library_entry.cpp windows/OPaneCommDLL.rc windows/exports.def)
 set_source_files_properties(windows/OPaneCommDLL.rc PROPERTIES OBJECT_DEPENDS ${generated}/OPaneCommDLL.tlb)
+target_compile_definitions(OPaneCommDLL PRIVATE
+    OPANE_VERSION_NUMBERS=${PROJECT_VERSION_MAJOR},${PROJECT_VERSION_MINOR},${PROJECT_VERSION_PATCH},0)
 target_include_directories(OPaneCommDLL PRIVATE ${generated})
 # The entry points are exported by their plain names in 32 bits too, where the compiler decorates them.
 target_link_options(OPaneCommDLL PRIVATE LINKER:--enable-stdcall-fixup $<$<CONFIG:Release>:-s>)
