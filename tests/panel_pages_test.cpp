@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <numeric>
 
 #include "support/panel_bench.h"
 #include "support/temporary_folder.h"
@@ -20,24 +19,6 @@ std::string repeated(std::size_t times, const std::string& text) {
         all += text;
     return all;
 }
-
-/// Byte n of either EEPROM is n.
-class PagesBench : public SynchronizedPanel {
-public:
-    PagesBench() {
-        std::iota(module.state().systemEeprom.begin(), module.state().systemEeprom.end(), std::uint8_t{0});
-        std::iota(module.state().userEeprom.begin(), module.state().userEeprom.end(), std::uint8_t{0});
-    }
-
-    std::string system() const { return {module.state().systemEeprom.begin(), module.state().systemEeprom.end()}; }
-    /// Cancels when that many blocks are done.
-    void cancelAfter(int blocks) {
-        services->eventHook = [this, blocks] {
-            if (panel.progress() && panel.progress()->value == blocks)
-                panel.userCancels();
-        };
-    }
-};
 
 /// A button and the boxes that it takes what is typed from.
 struct Entry {
@@ -69,7 +50,7 @@ struct TypedCase {
 class TypedText : public testing::TestWithParam<TypedCase> {};
 
 TEST_P(TypedText, IsSentOrRefusedAndStays) {
-    PagesBench bench;
+    SynchronizedPanel bench;
     const auto& [name, entry, texts, frame, refusal, read] = GetParam();
     bench.panel.cmbAffDataLigne.userSelects(5);
     bench.panel.cmbAffBloc1Ligne.userSelects(7);
@@ -158,7 +139,7 @@ TEST(PanelStatus, IsWrittenWithFalseForWhatIsNotChosenAndRead) {
 }
 
 TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
-    PagesBench bench;
+    SynchronizedPanel bench;
     auto& state = bench.module.state();
     state.adc = {0x1234, 9, 0, 771};
     EXPECT_EQ(bench.press("cmdReadIR", {"txtReadIR"}), (Texts{"$FFFF", kOk, "12 0100 "}));
@@ -181,7 +162,7 @@ TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
 }
 
 TEST(PanelBacklight, ReadsUpToTheFirstRegisterThatFails) {
-    PagesBench bench;
+    SynchronizedPanel bench;
     bench.module.state().red = {255, 10, 0, 1, 2, 3};
     bench.module.state().green = {4, 5, 6, 7, 8, 200};
     bench.click("cmdReadVert");
@@ -235,7 +216,7 @@ TEST(PanelOPane, ReadsTheChosenControllerRegisterAndResetsTheLightControl) {
 }
 
 TEST(PanelEeprom, RangeGoesToTheChosenEepromAndTheBoxCanBeCleared) {
-    PagesBench bench;
+    SynchronizedPanel bench;
     bench.type("txtEEPROMBaseAdress", "3FE");
     bench.type("txtEEPROMLength", "2");
     bench.click("optEEPROMType(1)");
@@ -250,7 +231,7 @@ TEST(PanelEeprom, RangeGoesToTheChosenEepromAndTheBoxCanBeCleared) {
 
 TEST(PanelEeprom, DumpsEveryBlockThatWasRead) {
     constexpr std::size_t kDumpLine = 50;  // 16 bytes of three characters, and the line break
-    PagesBench bench;
+    SynchronizedPanel bench;
     bench.refuseCommand(1);
     bench.click("cmdReadAllEEPROM");
     const std::string dump = bench.text("txtEEPROMData");
@@ -275,8 +256,10 @@ TEST(PanelEeprom, DumpsEveryBlockThatWasRead) {
 
 TEST(PanelEeprom, OnlyAWholeImageIsSavedAndItRestoresTheSystemEeprom) {
     const TemporaryFolder folder;
-    PagesBench bench;
-    const std::string before = bench.system();
+    SynchronizedPanel bench;
+    const auto& eeprom = bench.module.state().systemEeprom;
+    const auto system = [&eeprom] { return std::string(eeprom.begin(), eeprom.end()); };
+    const std::string before = system();
     const auto press = [&bench](const char* button) {  // the status and the box
         Texts report = bench.press(button);
         std::erase_if(report, [](const std::string& text) { return text.starts_with("2"); });
@@ -299,13 +282,13 @@ TEST(PanelEeprom, OnlyAWholeImageIsSavedAndItRestoresTheSystemEeprom) {
     bench.refuseCommand(3);
     EXPECT_EQ(press("cmdWriteAllEEPROM"),
               (Texts{kOk, "EEPROM Error|Only 7 of 8 blocks of the System EEPROM were written."}));
-    EXPECT_EQ(bench.system(), before.substr(0, 384) + std::string(128, '\0') + before.substr(512));
+    EXPECT_EQ(system(), before.substr(0, 384) + std::string(128, '\0') + before.substr(512));
     bench.cancelAfter(1);
     EXPECT_EQ(press("cmdWriteAllEEPROM"),
               (Texts{kFailed, "EEPROM Error|Only 1 of 8 blocks of the System EEPROM were written."}));
     bench.cancelAfter(8);  // too late
     EXPECT_EQ(press("cmdWriteAllEEPROM"), Texts{kOk});
-    EXPECT_EQ(bench.system(), before);
+    EXPECT_EQ(system(), before);
 }
 
 TEST(PanelFiles, ThatAreWrongOrNotChosenCostNoExchange) {

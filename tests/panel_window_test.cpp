@@ -49,10 +49,6 @@ protected:
         dialog->selectFile(QString::fromStdString(folder / "file") + filter.section(u'*', 1).chopped(1));
         QMetaObject::invokeMethod(dialog, cancelsFiles ? "reject" : "accept");
     }
-    void fault(const char* order) {
-        window.module.withModule(
-            [&](simulator::SimulatedModule& module) { module.fault(simulator::faultOrder(order)); });
-    }
 
     static inline QApplication* application = nullptr;
     TemporaryFolder folder;
@@ -122,12 +118,17 @@ TEST_F(Window, AsksForFilesAndShowsLines) {
 
 TEST_F(Window, TakesNothingButCancelAndCloseWhileItWorks) {
     window.click("cmdSynchronize");
-    fault("delay:150xall");
+    window.module.withModule(
+        [](simulator::SimulatedModule& module) { module.fault(simulator::faultOrder("delay:150xall")); });
     bool wasOpen = false;
     int closed = 0;
     window.view.onClosed = [&closed] { ++closed; };
     auto* const progress = window.view.findChild<QProgressBar*>("workProgress");
-    window.during([&] {
+    QTimer meanwhile;  // while the module's first answer is waited for
+    QObject::connect(&meanwhile, &QTimer::timeout, &meanwhile, [&] {
+        if (window.frames() == 0)
+            return;
+        meanwhile.stop();
         EXPECT_TRUE(progress->isVisible());
         QTest::keyClicks(window.view.findChild<QWidget*>("txtEEPROMLength"), "7");
         QTest::mouseClick(window.view.findChild<QWidget*>("cmdVersion"), Qt::LeftButton);
@@ -137,6 +138,7 @@ TEST_F(Window, TakesNothingButCancelAndCloseWhileItWorks) {
         window.view.close();
         wasOpen = window.view.isVisible() && window.form.loaded() && closed == 0;
     });
+    meanwhile.start(0);
     window.click("cmdReadAllEEPROM");
     EXPECT_TRUE(wasOpen);
     EXPECT_EQ(closed, 1);
@@ -170,14 +172,11 @@ TEST_F(Window, IsUsedByTheKeyboardAlone) {
 }
 
 TEST_F(Window, NamesEveryWidgetForAReader) {
-    const std::pair<const char*, const char*> names[] = {{"txtAffBloc1Pattern", "Affiche Bloc1 Pattern"},
-                                                         {"txtReadIR", "Read IR"},
-                                                         {"txtReadBacklightADCHexa", "ADC Hexa"},
-                                                         {"txtEEPROMDataSmall", "EEPROM"},
-                                                         {"cmbBaudrate", "Change Baudrate"},
-                                                         {"optLCD(1)", "LCD OFF"}};
-    for (const auto& [name, expected] : names)
-        EXPECT_EQ(window.at<QWidget>(name).accessibleName().toStdString(), expected) << name;
+    Texts names;
+    for (const char* const widget : {"txtAffBloc1Pattern", "txtReadIR", "txtReadBacklightADCHexa", "txtEEPROMDataSmall",
+                                     "cmbBaudrate", "optLCD(1)"})
+        names.push_back(window.at<QWidget>(widget).accessibleName().toStdString());
+    EXPECT_EQ(names, (Texts{"Affiche Bloc1 Pattern", "Read IR", "ADC Hexa", "EEPROM", "Change Baudrate", "LCD OFF"}));
 }
 
 TEST_F(Window, GivesSpareRoomToTheDumpAndLessToTheData) {

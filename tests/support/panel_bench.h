@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
@@ -100,10 +101,22 @@ private:
     std::size_t framesSeen_ = 0;
 };
 
-/// The same, synchronised over the defaults.
+/// The same, synchronised over the defaults; byte n of either EEPROM is n.
 class SynchronizedPanel : public PanelBench {
 public:
-    SynchronizedPanel() { synchronize(); }
+    SynchronizedPanel() {
+        synchronize();
+        std::iota(module.state().systemEeprom.begin(), module.state().systemEeprom.end(), std::uint8_t{0});
+        std::iota(module.state().userEeprom.begin(), module.state().userEeprom.end(), std::uint8_t{0});
+    }
+
+    /// Cancels when that many blocks are done.
+    void cancelAfter(int blocks) {
+        services->eventHook = [this, blocks] {
+            if (panel.progress() && panel.progress()->value == blocks)
+                panel.userCancels();
+        };
+    }
 };
 
 }  // namespace opane::test

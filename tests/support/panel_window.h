@@ -10,7 +10,6 @@
 #include <QTimer>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "forms/qt/form_view.h"
@@ -20,8 +19,7 @@
 
 namespace opane::test {
 
-/// A tenth of the system's time, so that a busy machine answers in time. Where a wait does nothing else, it is over at
-/// once.
+/// A tenth of the system's time, so that a busy machine answers in time; a wait that does nothing else is over at once.
 class PatientTime final : public TickCounter {
 public:
     std::uint32_t now() override { return (systemTickCounter().now() - start_) / 10 + leapt_; }
@@ -81,17 +79,6 @@ public:
     }
     bool showsTabs() const { return view.findChild<QWidget*>("FrameSSTab")->isVisible(); }
 
-    /// Does something in the middle of the next command: while the module's answer is waited for.
-    void during(std::function<void()> action) {
-        auto* const timer = new QTimer(&view);
-        QObject::connect(timer, &QTimer::timeout, timer, [this, timer, action = std::move(action), before = frames()] {
-            if (frames() == before)
-                return;
-            timer->stop();
-            action();
-        });
-        timer->start(0);
-    }
     /// How many frames the module has heard.
     std::size_t frames() {
         return module.withModule([](const simulator::SimulatedModule& heard) { return heard.frames().size(); });
