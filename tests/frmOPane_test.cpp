@@ -111,7 +111,13 @@ TEST(PanelConnection, FollowsTheSpeedAndAlwaysSynchronisesAt9600) {
     bench.synchronize();
     EXPECT_EQ(shownState(bench), "System Synchronized|RS232, COM1, 9600 bauds|9600");
     bench.module.fault({.fault = Fault::ignoreHandshake});
-    bench.panel.cmdSynchronize.click();
+    bench.click("cmdSynchronize");
+    EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
+    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
+    EXPECT_EQ(threadLink()->Timeout(), 1000);
+    bench.line.missingPort = 2;
+    bench.panel.cmbComPort.userSelects(1);
+    EXPECT_EQ(bench.press("cmdSynchronize").back().find("OPane Error|Error 8018: "), 0U);
     EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
     EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
     EXPECT_EQ(threadLink()->Timeout(), 1000);
@@ -130,18 +136,6 @@ TEST(PanelConnection, RefusedRateChangeOrResetGoesBackToTheDefaults) {
         EXPECT_EQ(chosen(), "RS232 1 3");
         EXPECT_EQ(bench.boxes.back().substr(0, 19), "Changement de Node|");
     }
-}
-
-TEST(PanelConnection, EndsByAnErrorAndCanBeMadeAgain) {
-    PanelBench bench;
-    bench.line.missingPort = 2;
-    bench.panel.cmbComPort.userSelects(1);
-    EXPECT_EQ(bench.press("cmdSynchronize")[1].find("OPane Error|Error 8018: "), 0U);
-    EXPECT_EQ(shownState(bench), "System Not Synchronized||no pages");
-    EXPECT_TRUE(bench.panel.cmdSynchronize.enabled());
-    EXPECT_EQ(threadLink()->Timeout(), 1000);
-    bench.panel.cmbComPort.userSelects(0);
-    bench.synchronize();
 }
 
 TEST(PanelControls, IgnoreThePersonWhileHiddenDisabledReadOnlyOrNotLoaded) {

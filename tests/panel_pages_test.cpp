@@ -81,7 +81,6 @@ const TypedCase kTyped[] = {
     {"line_short", kLine, {"F"}, "", kLength},
     {"block", kBloc1, {"0123456789abcdef"}, "03 070E 0123456789ABCDEF"},
     {"block_letter", kBloc1, {repeated(15, "F") + "G"}, "", kDigits},
-    {"block_sign", kBloc1, {repeated(14, "F") + "-1"}, "", kDigits},
     {"square", kBloc4, {repeated(32, "A5")}, "04 060D " + repeated(32, "A5")},
     {"square_of_2_lines", kBloc4, {repeated(32, "A") + "\r\n" + repeated(32, "A")}, "", kLength},
     {"clear_at_first", kClear, {}, "06 0000 "},
@@ -154,8 +153,6 @@ TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
     }
     bench.refuseCommand(0);
     EXPECT_EQ(bench.press("cmdReadTemp", {"txtReadTemp"})[0], "0");
-    bench.refuseCommand(0);
-    EXPECT_EQ(bench.press("cmdVersion", {"txtVersion"})[0], "");
     bench.refuseCommand(0);
     EXPECT_EQ(bench.press("cmdReadADC", {"txtADCLum"})[0], "$0");
     EXPECT_EQ(bench.status(), kOk);  // the last of the three
