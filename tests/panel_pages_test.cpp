@@ -8,8 +8,6 @@
 namespace opane::test {
 namespace {
 
-using simulator::Fault;
-
 constexpr auto kOk = "Command OK";
 constexpr auto kFailed = "Command Failed";
 
@@ -75,7 +73,6 @@ TEST_P(TypedText, IsSentOrRefusedAndStays) {
 const std::string kLength = "Invalid Pattern Length";
 const std::string kDigits = "Invalid Pattern: hexadecimal digits only";
 const std::string kEmpty = "Champ Base Adress et/ou Length vide(s)";
-const std::string kFirstLine = "000102030405060708090A0B0C0D0E0F";
 const TypedCase kTyped[] = {
     {"line_at_first", kLine, {}, "01 0500 " + repeated(120, "FF")},
     {"line_short", kLine, {"F"}, "", kLength},
@@ -95,7 +92,7 @@ const TypedCase kTyped[] = {
     {"controller_f", kController, {"f"}, "11 0000 0F"},
     {"controller_100", kController, {"100"}, "", "Invalid Data SED1530: hexadecimal number from 0 to FF expected"},
     {"controller_empty", kController, {""}, "", "Champ Data SED1530 vide"},
-    {"read_more_than_a_line", kRead, {"0", "14", ""}, "0C 0000 14", "", kFirstLine + "\r\n10111213"},
+    {"read_more_than_a_line", kRead, {"0", "14", ""}, "0C 0000 14", "", "000102030405060708090A0B0C0D0E0F\r\n10111213"},
     {"read_lower_case", kRead, {"1fe", "02", "old"}, "0C FE01 02", "", "FEFF"},
     {"read_without_length", kRead, {"0", "", "old"}, "", kEmpty},
     {"read_length_beyond_64_bits", kRead, {"0", "10000000000000001", "old"}, ""},
@@ -237,7 +234,6 @@ TEST(PanelEeprom, DumpsEveryBlockThatWasRead) {
     for (std::size_t line = 0; line < 32; ++line)
         EXPECT_EQ(dump.substr(line * kDumpLine, 3) == "-- ", line / 8 == 1) << line;
     EXPECT_EQ(bench.status(), kOk);  // the last block's
-    EXPECT_TRUE(bench.boxes.empty());
 
     bench.panel.optEEPROMType[1].click();
     bench.cancelAfter(8);  // too late
@@ -298,14 +294,10 @@ TEST(PanelFiles, ThatAreWrongOrNotChosenCostNoExchange) {
         EXPECT_EQ(bench.press("cmdWriteAllEEPROM"),
                   (Texts{kFailed, "EEPROM Error|Invalid BIN File: exactly 1024 bytes expected. Nothing was written."}));
     }
-    const std::pair<std::string, std::string> places[] = {{folder / "missing/image.bin", "OPane Error|Error 76:"},
-                                                          {folder.path(), "OPane Error|Error 75:"}};
-    for (const auto& [place, error] : places) {
-        bench.chosenFile = place;
-        const Texts report = bench.press("cmdSaveBINFile");
-        ASSERT_EQ(report.size(), 2U) << place;
-        EXPECT_EQ(report[1].substr(0, error.size()), error);
-    }
+    bench.chosenFile = folder / "missing/image.bin";
+    const Texts report = bench.press("cmdSaveBINFile");
+    ASSERT_EQ(report.size(), 2U);
+    EXPECT_EQ(report[1].find("OPane Error|Error 76: "), 0U) << report[1];
     bench.chosenFile = folder.write("blank.bmp", std::string(62, '\0'));
     EXPECT_EQ(bench.press("cmdAfficheBMP").size(), 1U + 8U);
 }
@@ -331,7 +323,7 @@ TEST(PanelButtons, FailInWordsAndLoseNothingTypedWhenTheModuleIsLost) {
             bench.type("txtEEPROMLength", "1");
             for (const char* const box : boxes)
                 bench.type(box, "11");
-            bench.module.fault({.fault = vanished ? Fault::unplug : Fault::silent});
+            bench.module.fault({.fault = vanished ? simulator::Fault::unplug : simulator::Fault::silent});
             bench.click(button);
             const bool setsSpeed = button == "cmdChangeBaudrate" || button == "cmdResetModule";
             EXPECT_EQ(bench.status(), setsSpeed && !vanished ? "" : kFailed);

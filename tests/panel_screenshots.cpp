@@ -38,8 +38,7 @@ void work(PanelWindow& window) {
 }
 
 QImage pictureOf(QWidget& widget) {
-    constexpr int kSettleMs = 100;  // for the display server to have shown what is painted
-    QTest::qWait(kSettleMs);
+    QTest::qWait(100);  // ms, for the display server to have shown what is painted
     return widget.grab().toImage();
 }
 

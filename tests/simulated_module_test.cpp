@@ -73,9 +73,6 @@ const std::string kLuminosity = "AA000300000BF2 ";
 
 // The status: upside down 1, inverted 2, frame 4, LCD 8, automatic backlight 16, automatic Vlcd 32.
 const Conversation kConversations[] = {
-    {"frame",
-     "AA0003FF0005F9 AA0003000005F8 AA0003000009F4 AA01030000093CB7 "
-     "AA0003000005F8 AA0003000005F8 AA0003000009F4 AA010300000938BB"},
     {"version", "AA0003000008F5 AA050300000856312E320009", {.version = "V1.2"}},
     {"status",
      "AA000300010AF2 AA000300000AF3 AA0003000009F4 AA010300000939BA "

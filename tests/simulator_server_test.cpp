@@ -17,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Bytes = std::vector<std::uint8_t>;
-using test::TemporaryFolder;
 
 constexpr int kPatienceMs = 5000;  // what comes, comes at once; only a failure waits this long
 
@@ -39,7 +38,7 @@ Bytes told(const FileDescriptor& device, const Bytes& request, std::size_t count
 }
 
 TEST(Server, PassesEveryByteAndComesBackAfterAnUnplug) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     ServedModule module({.bus = Bus::rs485, .pace = true}, folder / "module");
     {
         const Descriptor device = host(folder / "module");
@@ -84,7 +83,7 @@ TEST(Device, IsCleanAgainWhenItsLastHostHasGoneAndOnlyThen) {
 }
 
 TEST(Link, ReplacesOnlyOneThatDanglesOrLeadsToATerminalAndGoesAtTheEnd) {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string link = folder / "module";
     const PseudoTerminal somebodyElses;
     for (const std::string& target : {std::string("/dev/pts/12345"), std::string("nowhere"), somebodyElses.path()}) {

@@ -79,7 +79,6 @@ public:
     }
     bool showsTabs() const { return view.findChild<QWidget*>("FrameSSTab")->isVisible(); }
 
-    /// How many frames the module has heard.
     std::size_t frames() {
         return module.withModule([](const simulator::SimulatedModule& heard) { return heard.frames().size(); });
     }
