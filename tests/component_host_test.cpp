@@ -15,59 +15,49 @@
 namespace opane::component {
 namespace {
 
-/// A host that answers everything and keeps what it was asked.
-struct AnsweringHost {
-    static AnsweringHost& from(void* context) { return *static_cast<AnsweringHost*>(context); }
+/// The thread's host, which answers everything and keeps what it was asked.
+struct ComponentHost : testing::Test {
+    ~ComponentHost() override { OpaneSetHost(before); }
+    static ComponentHost& from(void* context) { return *static_cast<ComponentHost*>(context); }
 
     std::string asked;
-    bool accepts = true;
+    BOOL accepts = 1;
     OpaneHost host{this, nullptr,
                    [](void* context, const char* text, const char* title, BOOL withCancel) -> BOOL {
                        from(context).asked = std::string(title) + "|" + text + (withCancel != 0 ? "|Cancel" : "");
-                       return from(context).accepts ? 1 : 0;
+                       return from(context).accepts;
                    },
                    [](void* context, const OpaneFileDialog* dialog, char* path, std::size_t pathBytes) -> BOOL {
-                       from(context).asked = std::string(dialog->title) + "|" + dialog->filter + "|" +
-                                             (dialog->save != 0 ? "save" : "open") +
+                       from(context).asked = std::string(dialog->title) + "|" + dialog->filter +
+                                             (dialog->save != 0 ? "|save" : "|open") +
                                              (dialog->overwritePrompt != 0 ? "|ask" : "");
                        std::strncpy(path, "/chosen/file.bin", pathBytes - 1);
-                       return from(context).accepts ? 1 : 0;
+                       return from(context).accepts;
                    },
                    [](void*, SHORT comPort) -> const char* { return comPort == 2 ? "/dev/second" : nullptr; }};
-};
-
-class ComponentHost : public testing::Test {
-protected:
-    ~ComponentHost() override { OpaneSetHost(before); }
-
-    AnsweringHost answering;
-    const OpaneHost* const before = OpaneSetHost(&answering.host);
+    const OpaneHost* const before = OpaneSetHost(&host);
+    const ComponentHostScope scope{};
 };
 
 TEST_F(ComponentHost, AnswersBoxesDialogsAndPorts) {
-    const ComponentHostScope scope;
     EXPECT_EQ(showMessageBox("Text", "Title", MessageBoxButtons::okCancel), MessageBoxAnswer::ok);
-    EXPECT_EQ(answering.asked, "Title|Text|Cancel");
-
+    EXPECT_EQ(asked, "Title|Text|Cancel");
     CommonDialog dialog;
     dialog.DialogTitle = "Save it";
     dialog.Filter = "Binary|*.bin";
     dialog.Flags = CommonDialog::kOverwritePrompt;
     dialog.ShowSave();
     EXPECT_EQ(dialog.FileName, "/chosen/file.bin");
-    EXPECT_EQ(answering.asked, "Save it|Binary|*.bin|save|ask");
-
+    EXPECT_EQ(asked, "Save it|Binary|*.bin|save|ask");
     EXPECT_EQ(devicePath(1), "");
     EXPECT_EQ(devicePath(2), "/dev/second");
-
-    answering.accepts = false;
+    accepts = 0;
     EXPECT_EQ(showMessageBox("Text", "Title", MessageBoxButtons::okCancel), MessageBoxAnswer::cancel);
     dialog.ShowOpen();
     EXPECT_EQ(dialog.FileName, "");
 }
 
 TEST_F(ComponentHost, MayGoInTheMiddleOfACall) {
-    const ComponentHostScope scope;
     OpaneSetHost(nullptr);
     EXPECT_EQ(devicePath(2), systemDevicePath(2));
     testing::internal::CaptureStderr();
@@ -75,8 +65,7 @@ TEST_F(ComponentHost, MayGoInTheMiddleOfACall) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Text"), std::string::npos);
     CommonDialog dialog;
     dialog.ShowOpen();
-    EXPECT_EQ(dialog.FileName, "");
-    EXPECT_EQ(answering.asked, "");
+    EXPECT_EQ(dialog.FileName + asked, "");
 }
 
 }  // namespace

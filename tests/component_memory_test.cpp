@@ -69,14 +69,7 @@ void SysFreeString(BSTR text) {
 namespace opane::test {
 namespace {
 
-VARIANT ofType(VARTYPE type, void* pointer) {
-    VARIANT variant{};
-    variant.vt = type;
-    variant.byref = pointer;
-    return variant;
-}
-
-struct OutOfMemory : testing::Test {
+struct OutOfMemory : Component {
     OutOfMemory() {
         setenv("OPANE_LOG_LEVEL", "3", 1);
         setenv("OPANE_LOG_FOLDER", folder.path().c_str(), 1);
@@ -105,22 +98,16 @@ struct OutOfMemory : testing::Test {
     }
 
     TemporaryFolder folder;
-    simulator::ServedModule module;
-    ThreadHost host{module.devicePath()};
-    RegisteredComponent component;
 };
 
 TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
     const auto object = component.create();
-    SHORT port = 1, node = 3, zero = 0, status = 7;
-    LONG baudRate = 9600;
-    ASSERT_EQ(object->Synchronize(&port, &baudRate, &node, &status), S_OK);
-
+    SHORT zero = 0, status = 7;
+    ASSERT_EQ(synchronize(*object), 0);
     const AutomationString missing(folder / "nowhere/missing.bmp");
     eachAllocationFails("DisplayBMP", static_cast<HRESULT>(0x800A004CU),
                         [&] { return object->DisplayBMP(missing, &status); });
-    const ByteArray glyphs = generator();
-    const AutomationString path(folder.write("all.gen", {glyphs.begin(), glyphs.end()}));
+    const AutomationString path(folder.write("all.gen", fileText(generator())));
     const AutomationString text("a text");
     eachAllocationFails("DisplayString", S_OK,
                         [&] { return object->DisplayString(text, &zero, &zero, &zero, &zero, path, &status); });
@@ -129,7 +116,7 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
     SysFreeString(version);
 
     VARIANT written{};
-    VARIANT arguments[]{ofType(VT_BYREF | VT_VARIANT, &written), ofType(VT_BSTR, missing)};
+    VARIANT arguments[]{variable(written), variant(VT_BSTR, static_cast<BSTR>(missing))};
     DISPID parameters[]{0, 1};
     EXCEPINFO exception{};
     const auto invoke = [&](DISPID method, UINT count) {
@@ -149,8 +136,7 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
     eachAllocationFails("GetIDsOfNames", DISP_E_UNKNOWNNAME,
                         [&] { return object->GetIDsOfNames(IID_NULL, &names, 1, 0, parameters); });
 
-    EXPECT_EQ(object->Synchronize(&port, &baudRate, &node, &status), S_OK);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(synchronize(*object), 0);
 }
 
 TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
@@ -169,10 +155,10 @@ TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
     eachAllocationFails("CLSIDFromProgID", CO_E_CLASSSTRING, [&] { return CLSIDFromProgID(u"No.Such", &clsid); });
     eachAllocationFails("CLSIDFromString", CO_E_CLASSSTRING, [&] { return CLSIDFromString(u"No such", &clsid); });
     const AutomationString digits("                   12");
-    VARIANT number = ofType(VT_BSTR, digits);
+    const VARIANT written = variant(VT_BSTR, static_cast<BSTR>(digits));
     eachAllocationFails("VariantChangeType", S_OK, [&] {
         VARIANT changed{};
-        return VariantChangeType(&changed, &number, 0, VT_I4);
+        return VariantChangeType(&changed, &written, 0, VT_I4);
     });
     eachAllocationFails("OpaneRegisterClass", S_OK, [&] {
         return OpaneRegisterClass({1, 2, 3, {4}}, "Some.Class", "/some/library.so");

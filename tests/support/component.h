@@ -1,8 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <opane/OPaneCommDLL.h>
+
 #include <cstdlib>
+#include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -12,28 +16,12 @@
 
 namespace opane::test {
 
+struct Releasing {
+    void operator()(IUnknown* object) const { object->Release(); }
+};
 /// A reference that is released at the end.
 template <typename Interface>
-class Reference {
-public:
-    explicit Reference(Interface* object = nullptr) : object_(object) {}
-    ~Reference() { reset(); }
-    Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    Reference& operator=(Reference&& other) noexcept {
-        std::swap(object_, other.object_);
-        return *this;
-    }
-
-    Interface* operator->() const { return object_; }
-    Interface* get() const { return object_; }
-    void reset() {
-        if (object_ != nullptr)
-            std::exchange(object_, nullptr)->Release();
-    }
-
-private:
-    Interface* object_;
-};
+using Reference = std::unique_ptr<Interface, Releasing>;
 
 inline std::string plainText(BSTR text) {
     return {text, text + SysStringLen(text)};
@@ -43,16 +31,28 @@ inline std::string plainText(BSTR text) {
 class AutomationString {
 public:
     explicit AutomationString(const std::string& text)
-        : text_(SysAllocString(std::u16string(text.begin(), text.end()).c_str())) {}
-    ~AutomationString() { SysFreeString(text_); }
-    AutomationString(const AutomationString&) = delete;
-    AutomationString& operator=(const AutomationString&) = delete;
-
-    operator BSTR() const { return text_; }
+        : text_(SysAllocString(std::u16string(text.begin(), text.end()).c_str()), &SysFreeString) {}
+    operator BSTR() const { return text_.get(); }
 
 private:
-    BSTR text_;
+    std::unique_ptr<OLECHAR, void (*)(BSTR)> text_;
 };
+
+/// A variant that holds a number, a string or a pointer, which stays the caller's.
+template <typename Content = void*>
+VARIANT variant(int type, Content content = {}) {
+    VARIANT made{};
+    made.vt = static_cast<VARTYPE>(type);
+    std::memcpy(&made.byref, &content, sizeof content);
+    return made;
+}
+inline VARIANT number(SHORT value) {
+    return variant(VT_I2, value);
+}
+/// What a script passes for a variable of its own.
+inline VARIANT variable(VARIANT& held) {
+    return variant(VT_BYREF | VT_VARIANT, &held);
+}
 
 /// Takes the text of the thread's error information, empty when there is none.
 inline std::string takeDescription() {
@@ -93,7 +93,7 @@ public:
     static Reference<_clsOPaneCommDLL> create() {
         void* object = nullptr;
         create(IID__clsOPaneCommDLL, &object);
-        return Reference(static_cast<_clsOPaneCommDLL*>(object));
+        return Reference<_clsOPaneCommDLL>(static_cast<_clsOPaneCommDLL*>(object));
     }
 
 private:
@@ -103,29 +103,36 @@ private:
 /// The calling thread's host, which has one device behind all its ports.
 class ThreadHost {
 public:
-    explicit ThreadHost(std::string device = "") : device_(std::move(device)), before_(OpaneSetHost(&host_)) {}
+    explicit ThreadHost(std::string device) : device_(std::move(device)), before_(OpaneSetHost(&host_)) {}
     ~ThreadHost() { OpaneSetHost(before_); }
     ThreadHost(const ThreadHost&) = delete;
     ThreadHost& operator=(const ThreadHost&) = delete;
 
-    std::function<void()> events;  ///< what a pending event does
-    std::string shown;             ///< the text of the last message box
+    std::function<void()> events = [] {};  ///< what a pending event does
 
 private:
     static ThreadHost& from(void* context) { return *static_cast<ThreadHost*>(context); }
 
     std::string device_;
-    OpaneHost host_{this,
-                    [](void* context) {
-                        if (from(context).events)
-                            from(context).events();
-                    },
-                    [](void* context, const char* text, const char* /*title*/, BOOL /*withCancel*/) -> BOOL {
-                        from(context).shown = text;
-                        return 1;
-                    },
-                    nullptr, [](void* context, SHORT /*comPort*/) { return from(context).device_.c_str(); }};
+    OpaneHost host_{this, [](void* context) { from(context).events(); }, nullptr, nullptr,
+                    [](void* context, SHORT /*comPort*/) { return from(context).device_.c_str(); }};
     const OpaneHost* before_;
+};
+
+/// The registered component in a host that has a served module behind all its ports.
+class Component : public testing::Test {
+protected:
+    /// Connects with the module, and gives the status; 7 when the call leaves it.
+    static SHORT synchronize(_clsOPaneCommDLL& object, HRESULT expected = S_OK) {
+        SHORT port = 1, node = 3, status = 7;
+        LONG baudRate = 9600;
+        EXPECT_EQ(object.Synchronize(&port, &baudRate, &node, &status), expected);
+        return status;
+    }
+
+    simulator::ServedModule module;
+    ThreadHost host{module.devicePath()};
+    RegisteredComponent component;
 };
 
 }  // namespace opane::test

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 #include "shared/frame_byte.h"
 
@@ -43,6 +44,11 @@ inline ByteArray generatorWith(int code, int element, const ByteArray& replaceme
         }
     }
     return bytes;
+}
+
+/// The bytes as the content of a file.
+inline std::string fileText(const ByteArray& bytes) {
+    return {bytes.begin(), bytes.end()};
 }
 
 inline ByteArray generator() {
