@@ -31,12 +31,6 @@ void* allocate(std::size_t bytes) {
     return block;
 }
 
-/// The runtime's own function behind one that this program puts in its place.
-template <typename Function>
-Function* next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 // Not inlined: the compiler would take new and free for a mismatch.
@@ -55,13 +49,13 @@ void operator delete(void* block, std::size_t) noexcept {
     operator delete(block);
 }
 BSTR SysAllocStringLen(LPCOLESTR text, UINT units) {
-    static auto* const real = next<decltype(SysAllocStringLen)>("SysAllocStringLen");
+    static auto* const real = reinterpret_cast<decltype(&SysAllocStringLen)>(dlsym(RTLD_NEXT, "SysAllocStringLen"));
     const BSTR allocated = fails() ? nullptr : real(text, units);
     held += allocated != nullptr ? 1 : 0;
     return allocated;
 }
 void SysFreeString(BSTR text) {
-    static auto* const real = next<decltype(SysFreeString)>("SysFreeString");
+    static auto* const real = reinterpret_cast<decltype(&SysFreeString)>(dlsym(RTLD_NEXT, "SysFreeString"));
     held -= text != nullptr ? 1 : 0;
     real(text);
 }
@@ -96,12 +90,10 @@ struct OutOfMemory : Component {
         SetErrorInfo(0, nullptr);
         EXPECT_EQ(held, before) << name;
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
-    const auto object = component.create();
+    const auto object = create();
     SHORT zero = 0, status = 7;
     ASSERT_EQ(synchronize(*object), 0);
     const AutomationString missing(folder / "nowhere/missing.bmp");
@@ -140,13 +132,11 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
 }
 
 TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
-    const auto kept = component.create();  // holds the library, whose own memory is made once
+    const auto kept = create();  // holds the library, whose own memory is made once
     void* made = nullptr;
     eachAllocationFails("CoCreateInstance", S_OK, [&] {
-        const HRESULT result =
-            CoCreateInstance(CLSID_clsOPaneCommDLL, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &made);
-        if (made != nullptr)
-            static_cast<IUnknown*>(made)->Release();
+        const HRESULT result = create(IID_IUnknown, &made);
+        const Reference<IUnknown> released(static_cast<IUnknown*>(made));
         return result;
     });
     eachAllocationFails("CoCreateInstance of another", REGDB_E_CLASSNOTREG,
@@ -159,9 +149,6 @@ TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
     eachAllocationFails("VariantChangeType", S_OK, [&] {
         VARIANT changed{};
         return VariantChangeType(&changed, &written, 0, VT_I4);
-    });
-    eachAllocationFails("OpaneRegisterClass", S_OK, [&] {
-        return OpaneRegisterClass({1, 2, 3, {4}}, "Some.Class", "/some/library.so");
     });
     const SharedLibrary library(OPANECOMMDLL_PROGRAM);
     for (const char* entry : {"DllUnregisterServer", "DllRegisterServer"})

@@ -12,9 +12,9 @@
 namespace opane::test {
 namespace {
 
-constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x800A0035U);
-constexpr HRESULT kObjectNotSet = static_cast<HRESULT>(0x800A005BU);
-constexpr HRESULT kPortNotOpen = static_cast<HRESULT>(0x800A1F52U);
+constexpr auto kFileNotFound = static_cast<HRESULT>(0x800A0035U);
+constexpr auto kObjectNotSet = static_cast<HRESULT>(0x800A005BU);
+constexpr auto kPortNotOpen = static_cast<HRESULT>(0x800A1F52U);
 
 TEST_F(Component, ExportsItsFourEntryPointsAndNothingElse) {
     const auto symbols = runProgram({"nm", "-D", "--defined-only", "--format=just-symbols", OPANECOMMDLL_PROGRAM});
@@ -27,7 +27,7 @@ TEST_F(Component, ExportsItsFourEntryPointsAndNothingElse) {
 }
 
 TEST_F(Component, DrivesAModuleThroughItsVirtualTable) {
-    const auto object = component.create();
+    const auto object = create();
     ASSERT_EQ(synchronize(*object), 0);
     SHORT upside = 0, inverted = 1, frame = 1, lcd = 1, light = 0, status = 7;
     ASSERT_EQ(object->WriteStatus(&upside, &inverted, &frame, &lcd, &light, &status), S_OK);
@@ -42,7 +42,7 @@ TEST_F(Component, DrivesAModuleThroughItsVirtualTable) {
 
 TEST_F(Component, IsCreatedWithoutAPortAndExplainsAnError) {
     const ThreadHost without("/nonexistent/device");
-    const auto object = component.create();
+    const auto object = create();
     EXPECT_EQ(synchronize(*object, kPortNotOpen), 7);
     EXPECT_NE(takeDescription().find("/nonexistent/device"), std::string::npos);
     SHORT status = 7;
@@ -54,13 +54,13 @@ TEST_F(Component, IsCreatedWithoutAPortAndExplainsAnError) {
 }
 
 TEST_F(Component, RefusesWhatItIsNotAndChangesNothing) {
-    const auto object = component.create();
+    const auto object = create();
     ASSERT_EQ(synchronize(*object), 0);
     void* made = &made;
-    EXPECT_EQ(component.create(IID_IUnknown, &made, object.get()), CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(create(IID_IUnknown, &made, object.get()), CLASS_E_NOAGGREGATION);
     EXPECT_EQ(made, nullptr);
-    EXPECT_EQ(component.create(IID_IErrorInfo, &made), E_NOINTERFACE);
-    EXPECT_EQ(component.create(IID_IUnknown, nullptr), E_INVALIDARG);
+    EXPECT_EQ(create(IID_IErrorInfo, &made), E_NOINTERFACE);
+    EXPECT_EQ(create(IID_IUnknown, nullptr), E_INVALIDARG);
     const CLSID other = {1, 2, 3, {4}};
     EXPECT_EQ(CoCreateInstance(other, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &made), REGDB_E_CLASSNOTREG);
     EXPECT_NE(takeDescription().find("{00000001-0002-0003-0400-000000000000}"), std::string::npos);
@@ -73,41 +73,36 @@ TEST_F(Component, RefusesWhatItIsNotAndChangesNothing) {
 }
 
 TEST_F(Component, BelongsToItsThreadButMayBeReleasedAnywhere) {
-    auto object = component.create();
+    auto object = create();
     ASSERT_EQ(synchronize(*object), 0);
     std::thread([&object] {
         EXPECT_EQ(synchronize(*object, RPC_E_WRONG_THREAD), 7);
         EXPECT_NE(takeDescription(), "");
         object.reset();
     }).join();
-    EXPECT_EQ(component.callEntry("DllCanUnloadNow"), S_OK);
-    object = component.create();
+    EXPECT_EQ(callEntry("DllCanUnloadNow"), S_OK);
+    object = create();
     EXPECT_EQ(synchronize(*object), 0) << "the port is free again";
-}
-
-TEST_F(Component, BelongsToItsThreadAlsoWhenThatHasEnded) {
-    Reference<_clsOPaneCommDLL> object;
-    std::thread([&] { object = component.create(); }).join();
-    for (int thread = 0; thread < 50; ++thread)
+    std::thread([&] { object = create(); }).join();
+    for (int thread = 0; thread < 50; ++thread)  // also when the thread has ended
         std::thread([&] { EXPECT_EQ(synchronize(*object, RPC_E_WRONG_THREAD), 7); }).join();
 }
 
 TEST_F(Component, GivesEachThreadAModuleOfItsOwn) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 2; ++t)
-        threads.emplace_back([] {
-            simulator::ServedModule own;
-            const ThreadHost ownHost(own.devicePath());
-            for (int round = 0; round < 10; ++round)
-                EXPECT_EQ(synchronize(*RegisteredComponent::create()), 0);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    const auto rounds = [](const std::string& device) {
+        const ThreadHost own(device);
+        for (int round = 0; round < 10; ++round)
+            EXPECT_EQ(synchronize(*create()), 0);
+    };
+    simulator::ServedModule second;
+    std::thread other(rounds, second.devicePath());
+    rounds(module.devicePath());
+    other.join();
 }
 
 TEST_F(Component, MayLoseItsLinkInTheMiddleOfItsCalls) {
-    const auto first = component.create();
-    auto second = component.create();
+    const auto first = create();
+    auto second = create();
     EXPECT_EQ(synchronize(*first), 0) << "on the second one's link";
     std::thread releases([&second] { second.reset(); });
     HRESULT result = S_OK;
@@ -119,17 +114,15 @@ TEST_F(Component, MayLoseItsLinkInTheMiddleOfItsCalls) {
 }
 
 TEST_F(Component, LivesUntilItsCallEndsWhenAnEventReleasesIt) {
-    module.withModule([](auto& served) { served.fault({simulator::Fault::ignoreHandshake}); });
-    auto object = component.create();
-    _clsOPaneCommDLL& held = *object;
-    int events = 0;
-    host.events = [&] {
-        if (++events == 3)
-            object.reset();
-    };
-    EXPECT_EQ(synchronize(held), 1) << "nobody answered, for 100 ms";
-    EXPECT_GE(events, 3);
-    EXPECT_EQ(component.callEntry("DllCanUnloadNow"), S_OK);
+    auto object = create();
+    _clsOPaneCommDLL* const held = object.get();
+    SHORT port = 1, nobody = 1, status = 7;
+    LONG baudRate = 9600;
+    host.events = [&] { object.reset(); };
+    EXPECT_EQ(held->Synchronize(&port, &baudRate, &nobody, &status), S_OK);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(callEntry("DllCanUnloadNow"), S_OK);
 }
 
 TEST_F(Component, IsUnloadedOnceNothingIsHeld) {
@@ -142,7 +135,7 @@ TEST_F(Component, IsUnloadedOnceNothingIsHeld) {
         CoGetClassObject(CLSID_clsOPaneCommDLL, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory, &made);
         return Reference<IClassFactory>(static_cast<IClassFactory*>(made));
     };
-    auto object = component.create();
+    auto object = create();
     EXPECT_TRUE(isLoaded());
     object.reset();
     auto factory = classFactory();
@@ -157,47 +150,43 @@ TEST_F(Component, IsUnloadedOnceNothingIsHeld) {
 // ---- the registry -------------------------------------------------------------------------------------------------
 
 TEST_F(Component, LeavesNothingOfItselfInTheRegistry) {
-    const std::string entered = contentOf(component.registry());
+    const std::string entered = contentOf(registry);
     ASSERT_NE(entered.find("OPaneCommDLL.clsOPaneCommDLL"), std::string::npos);
-    EXPECT_EQ(component.callEntry("DllRegisterServer"), S_OK);
-    EXPECT_EQ(contentOf(component.registry()), entered);
-    std::ofstream(component.registry(), std::ios::app) << "# a note\n";
+    EXPECT_EQ(callEntry("DllRegisterServer"), S_OK);
+    EXPECT_EQ(contentOf(registry), entered);
+    std::ofstream(registry, std::ios::app) << "# a note\n";
     for (int time = 0; time < 2; ++time) {
-        EXPECT_EQ(component.callEntry("DllUnregisterServer"), S_OK);
-        EXPECT_EQ(contentOf(component.registry()), "# a note\n");
+        EXPECT_EQ(callEntry("DllUnregisterServer"), S_OK);
+        EXPECT_EQ(contentOf(registry), "# a note\n");
     }
     void* made = nullptr;
-    EXPECT_EQ(component.create(IID_IUnknown, &made), CO_E_CLASSSTRING);
-    EXPECT_NE(takeDescription().find(component.registry()), std::string::npos);
+    EXPECT_EQ(create(IID_IUnknown, &made), CO_E_CLASSSTRING);
+    EXPECT_NE(takeDescription().find(registry), std::string::npos);
 }
 
 TEST_F(Component, LosesNothingInParallelRegistrations) {
-    constexpr std::uint32_t kThreads = 4;
-    constexpr std::uint32_t kClasses = 25;
     std::vector<std::thread> threads;
-    for (std::uint32_t t = 0; t < kThreads; ++t)
+    for (std::uint32_t t = 0; t < 4; ++t)
         threads.emplace_back([t] {
-            for (std::uint32_t i = 0; i < kClasses; ++i) {
+            for (std::uint32_t i = 0; i < 25; ++i) {
                 const CLSID clsid{t, 0, 0, {static_cast<std::uint8_t>(i)}};
-                const std::string name = "Some.Class" + std::to_string(t * kClasses + i);
+                const std::string name = "Some.Class" + std::to_string(t * 25 + i);
                 EXPECT_EQ(OpaneRegisterClass(clsid, name.c_str(), "/some.so"), S_OK);
             }
         });
     for (std::thread& thread : threads)
         thread.join();
-    const std::string content = contentOf(component.registry());
-    EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 1 + kThreads * kClasses);
+    const std::string content = contentOf(registry);
+    EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 1 + 4 * 25);
 }
 
 TEST_F(Component, KeepsARegistryBehindALink) {
-    const TemporaryFolder folder;
     const std::string link = folder / "link";
     std::filesystem::create_symlink(folder / "real/components", link);  // which leads nowhere yet
     setenv("OPANE_COMPONENT_REGISTRY", link.c_str(), 1);
-    EXPECT_EQ(component.callEntry("DllRegisterServer"), S_OK);
+    EXPECT_EQ(callEntry("DllRegisterServer"), S_OK);
     EXPECT_TRUE(std::filesystem::is_symlink(link));
-    EXPECT_NE(contentOf(folder / "real/components"), "");
-    EXPECT_EQ(component.callEntry("DllUnregisterServer"), S_OK);
+    EXPECT_EQ(callEntry("DllUnregisterServer"), S_OK);
     EXPECT_FALSE(std::filesystem::exists(folder / "real/components"));
 }
 
@@ -208,14 +197,13 @@ TEST_F(Component, RegistersItsOwnFileAlsoWhenLoadedByARelativeName) {
     const SharedLibrary library(std::filesystem::path(".") / file.filename());
     std::filesystem::current_path(before);
     EXPECT_EQ(library.function<HRESULT()>("DllRegisterServer")(), S_OK);
-    EXPECT_NE(contentOf(component.registry()).find(file.string() + "\n"), std::string::npos);
+    EXPECT_NE(contentOf(registry).find(file.string() + "\n"), std::string::npos);
 }
 
 TEST_F(Component, SaysWhyARegistryCannotBeWritten) {
-    const TemporaryFolder folder;
     for (const std::string& place : {folder.path(), std::string("/proc/nothing/components"), std::string(5000, 'a')}) {
         setenv("OPANE_COMPONENT_REGISTRY", place.c_str(), 1);
-        EXPECT_EQ(component.callEntry("DllRegisterServer"), SELFREG_E_CLASS) << place;
+        EXPECT_EQ(callEntry("DllRegisterServer"), SELFREG_E_CLASS) << place;
         const std::string named = place.size() < 4096 ? place.substr(0, 8) : "5000 bytes";
         EXPECT_NE(takeDescription().find(named), std::string::npos) << place;
     }

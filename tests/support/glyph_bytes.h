@@ -18,28 +18,20 @@ inline Glyph glyphOf(std::uint8_t code) {
     return glyph;
 }
 
-/// A tagged value of that many bytes, little-endian.
-template <std::size_t Bytes>
-ByteArray tagged(std::uint16_t tag, std::uint64_t value) {
-    ByteArray bytes{static_cast<std::uint8_t>(tag & 0xFF), static_cast<std::uint8_t>(tag >> 8)};
-    for (std::size_t i = 0; i < Bytes; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-    return bytes;
-}
-
-/// A generator file that has every code, 26 bytes a record, but for one element of one code.
-inline ByteArray generatorWith(int code, int element, const ByteArray& replacement) {
+/// A generator file that has every code, 26 bytes a record, but for one element of one code: 0 is its text, 1 unused,
+/// the glyph's columns follow from kFirstColumn.
+constexpr int kFirstColumn = 2;
+inline ByteArray generator(int code = -1, int element = 0, const ByteArray& replacement = {}) {
     ByteArray bytes;
     for (int k = 0; k < 256; ++k) {
-        const Glyph glyph = glyphOf(static_cast<std::uint8_t>(k));
+        const auto byte = static_cast<std::uint8_t>(k);
+        const Glyph glyph = glyphOf(byte);
         for (int e = 0; e < 8; ++e) {
-            ByteArray value;
+            ByteArray value{8, 0, 1, 0, byte};
             if (k == code && e == element)
                 value = replacement;
-            else if (e == 0)
-                value = {8, 0, 1, 0, static_cast<std::uint8_t>(k)};
-            else
-                value = {17, 0, e == 1 ? std::uint8_t{0} : glyph[static_cast<std::size_t>(e - 2)]};
+            else if (e != 0)
+                value = {17, 0, e == 1 ? std::uint8_t{0} : glyph[static_cast<std::size_t>(e - kFirstColumn)]};
             bytes.insert(bytes.end(), value.begin(), value.end());
         }
     }
@@ -49,16 +41,6 @@ inline ByteArray generatorWith(int code, int element, const ByteArray& replaceme
 /// The bytes as the content of a file.
 inline std::string fileText(const ByteArray& bytes) {
     return {bytes.begin(), bytes.end()};
-}
-
-inline ByteArray generator() {
-    return generatorWith(-1, 0, {});
-}
-inline ByteArray generatorWithElement0(int code, const ByteArray& element) {
-    return generatorWith(code, 0, element);
-}
-inline ByteArray generatorWithColumn(int code, int column, const ByteArray& value) {
-    return generatorWith(code, column + 2, value);
 }
 
 }  // namespace opane::test
