@@ -133,14 +133,16 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
 
 TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
     const auto kept = create();  // holds the library, whose own memory is made once
-    void* made = nullptr;
     eachAllocationFails("CoCreateInstance", S_OK, [&] {
+        void* made = nullptr;
         const HRESULT result = create(IID_IUnknown, &made);
         const Reference<IUnknown> released(static_cast<IUnknown*>(made));
         return result;
     });
-    eachAllocationFails("CoCreateInstance of another", REGDB_E_CLASSNOTREG,
-                        [&] { return CoCreateInstance(CLSID{}, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &made); });
+    eachAllocationFails("CoCreateInstance of another", REGDB_E_CLASSNOTREG, [&] {
+        void* none = nullptr;
+        return CoCreateInstance(CLSID{}, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &none);
+    });
     CLSID clsid{};
     eachAllocationFails("CLSIDFromProgID", CO_E_CLASSSTRING, [&] { return CLSIDFromProgID(u"No.Such", &clsid); });
     eachAllocationFails("CLSIDFromString", CO_E_CLASSSTRING, [&] { return CLSIDFromString(u"No such", &clsid); });
