@@ -55,8 +55,6 @@ protected:
     std::unique_ptr<clsOPaneCommDLL> object = std::make_unique<clsOPaneCommDLL>();
 };
 
-// ---- life and connection --------------------------------------------------------------------------------------------
-
 TEST_F(PublicClass, SynchronizeReopensAtItsRateAndWritesThePortOnlyWhenItDiffers) {
     bench.module.state().baudRate = 19200;
     EXPECT_EQ(synchronize(1, 19200), 0);
@@ -80,15 +78,6 @@ TEST_F(PublicClass, SynchronizeSaysWhatIsWrongAndTheNextOneWorks) {
     }
 }
 
-TEST_F(PublicClass, TheEndOfAnyObjectReleasesTheThreadsLink) {
-    auto second = std::make_unique<clsOPaneCommDLL>();
-    EXPECT_EQ(synchronize(), 0) << "both use the second one's link";
-    second.reset();
-    EXPECT_EQ(bench.line.portEvents.back(), "close");
-    EXPECT_EQ(show("", 0, 0), 1) << "a text is looked at before the link is needed";
-    EXPECT_EQ(raisedNumber([&] { show("A", 0, 0); }), 91);
-}
-
 TEST_F(PublicClass, AHostEventMayReleaseTheObjectInTheMiddleOfACall) {
     bench.services->eventHook = [&] {
         if (sent() == 1)
@@ -101,8 +90,6 @@ TEST_F(PublicClass, AHostEventMayReleaseTheObjectInTheMiddleOfACall) {
     EXPECT_EQ(bench.line.portEvents.back(), "close");
     EXPECT_EQ(threadGlobals(), nullptr) << "the set goes with its last holder";
 }
-
-// ---- status and keys ------------------------------------------------------------------------------------------------
 
 TEST_F(PublicClass, StatusIsFiveFlags) {
     using Flags = std::array<std::int16_t, 6>;  // the last one is the status
@@ -168,8 +155,6 @@ TEST_F(PublicClass, EveryKeyHasTwoCodes) {
     bench.module.fault({.fault = Fault::aux, .count = 5});
     EXPECT_EQ(read(0x7F3), (Key{-1, 0, 1}));
 }
-
-// ---- texts ----------------------------------------------------------------------------------------------------------
 
 TEST_F(PublicClass, PutsEachGlyphColumnInItsPlace) {
     // Pixel columns 19 to 30 of line 2, so block columns 2 and 3.
@@ -252,8 +237,6 @@ TEST_F(PublicClass, AFailedBlockGivesStatus1AndTheOthersAreSentAndRecorded) {
     EXPECT_EQ(show("Z", 0, 1, 4), 0);  // 10 to 15
     EXPECT_EQ(columnByte(8, 0), glyphOf('B')[2]) << "a text that shares the block sends its pixels";
 }
-
-// ---- bitmaps --------------------------------------------------------------------------------------------------------
 
 /// The bytes of a one-bit bitmap whose stored rows are all 0, so dark, with its pixels at offset 62.
 std::string bitmap(int width, int height) {

@@ -71,7 +71,7 @@ struct OutOfMemory : Component {
 
     /// Runs a call that gives its result in the end, with a failure at each of its allocations.
     template <typename Call>
-    void eachAllocationFails(const char* name, HRESULT expected, Call call) {
+    void exhaust(const char* name, HRESULT expected, Call call) {
         ASSERT_EQ(call(), expected) << name;
         SetErrorInfo(0, nullptr);
         const long before = held;
@@ -97,14 +97,13 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
     SHORT zero = 0, status = 7;
     ASSERT_EQ(synchronize(*object), 0);
     const AutomationString missing(folder / "nowhere/missing.bmp");
-    eachAllocationFails("DisplayBMP", static_cast<HRESULT>(0x800A004CU),
-                        [&] { return object->DisplayBMP(missing, &status); });
+    exhaust("DisplayBMP", static_cast<HRESULT>(0x800A004CU), [&] { return object->DisplayBMP(missing, &status); });
     const AutomationString path(folder.write("all.gen", fileText(generator())));
     const AutomationString text("a text");
-    eachAllocationFails("DisplayString", S_OK,
-                        [&] { return object->DisplayString(text, &zero, &zero, &zero, &zero, path, &status); });
+    exhaust("DisplayString", S_OK,
+            [&] { return object->DisplayString(text, &zero, &zero, &zero, &zero, path, &status); });
     BSTR version = nullptr;
-    eachAllocationFails("Version", S_OK, [&] { return object->Version(&version); });
+    exhaust("Version", S_OK, [&] { return object->Version(&version); });
     SysFreeString(version);
 
     VARIANT written{};
@@ -120,41 +119,41 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
         SysFreeString(std::exchange(exception.bstrDescription, nullptr));
         return result == DISP_E_EXCEPTION ? exception.scode : result;
     };
-    eachAllocationFails("Invoke, named", S_OK, [&] { return invoke(0x60030004, 1); });
-    eachAllocationFails("Invoke, too few", DISP_E_BADPARAMCOUNT, [&] { return invoke(0x60030008, 1); });
-    eachAllocationFails("Invoke, no number", DISP_E_TYPEMISMATCH, [&] { return invoke(0x60030008, 2); });
+    exhaust("Invoke, named", S_OK, [&] { return invoke(0x60030004, 1); });
+    exhaust("Invoke, too few", DISP_E_BADPARAMCOUNT, [&] { return invoke(0x60030008, 1); });
+    exhaust("Invoke, no number", DISP_E_TYPEMISMATCH, [&] { return invoke(0x60030008, 2); });
     std::u16string unknown = u"NoSuchMethodOfThis";
     LPOLESTR names = unknown.data();
-    eachAllocationFails("GetIDsOfNames", DISP_E_UNKNOWNNAME,
-                        [&] { return object->GetIDsOfNames(IID_NULL, &names, 1, 0, parameters); });
+    exhaust("GetIDsOfNames", DISP_E_UNKNOWNNAME,
+            [&] { return object->GetIDsOfNames(IID_NULL, &names, 1, 0, parameters); });
 
     EXPECT_EQ(synchronize(*object), 0);
 }
 
 TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
     const auto kept = create();  // holds the library, whose own memory is made once
-    eachAllocationFails("CoCreateInstance", S_OK, [&] {
+    exhaust("CoCreateInstance", S_OK, [&] {
         void* made = nullptr;
         const HRESULT result = create(IID_IUnknown, &made);
         const Reference<IUnknown> released(static_cast<IUnknown*>(made));
         return result;
     });
-    eachAllocationFails("CoCreateInstance of another", REGDB_E_CLASSNOTREG, [&] {
+    exhaust("CoCreateInstance of another", REGDB_E_CLASSNOTREG, [&] {
         void* none = nullptr;
         return CoCreateInstance(CLSID{}, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &none);
     });
     CLSID clsid{};
-    eachAllocationFails("CLSIDFromProgID", CO_E_CLASSSTRING, [&] { return CLSIDFromProgID(u"No.Such", &clsid); });
-    eachAllocationFails("CLSIDFromString", CO_E_CLASSSTRING, [&] { return CLSIDFromString(u"No such", &clsid); });
+    exhaust("CLSIDFromProgID", CO_E_CLASSSTRING, [&] { return CLSIDFromProgID(u"No.Such", &clsid); });
+    exhaust("CLSIDFromString", CO_E_CLASSSTRING, [&] { return CLSIDFromString(u"No such", &clsid); });
     const AutomationString digits("                   12");
     const VARIANT written = variant(VT_BSTR, static_cast<BSTR>(digits));
-    eachAllocationFails("VariantChangeType", S_OK, [&] {
+    exhaust("VariantChangeType", S_OK, [&] {
         VARIANT changed{};
         return VariantChangeType(&changed, &written, 0, VT_I4);
     });
     const SharedLibrary library(OPANECOMMDLL_PROGRAM);
     for (const char* entry : {"DllUnregisterServer", "DllRegisterServer"})
-        eachAllocationFails(entry, S_OK, [&] { return library.function<HRESULT()>(entry)(); });
+        exhaust(entry, S_OK, [&] { return library.function<HRESULT()>(entry)(); });
 }
 
 }  // namespace

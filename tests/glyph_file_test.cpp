@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
-#include <limits>
 
 #include "shared/runtime_error.h"
 #include "support/glyph_bytes.h"
@@ -20,13 +20,13 @@ int columnOf(const GlyphFile& file, bool inverted) {
     return raised != 0 ? -raised : value;
 }
 
-struct Column {
+struct Row {
     const char* name;
     ByteArray tagged;
     int plain, inverted;
 };
 
-class GlyphColumn : public testing::TestWithParam<Column> {};
+class GlyphColumn : public testing::TestWithParam<Row> {};
 
 TEST_P(GlyphColumn, GivesAValueOrAnError) {
     const GlyphFile file = GlyphFile::parse(generator('A', kFirstColumn + 3, GetParam().tagged), "test");
@@ -53,38 +53,32 @@ ByteArray text(const std::string& characters) {
 INSTANTIATE_TEST_SUITE_P(
     EveryTag, GlyphColumn,
     testing::Values(
-        Column{"empty", {0, 0}, 0, -6}, Column{"null", {1, 0}, -94, -94}, Column{"int16_0", {2, 0, 0, 0}, 0, -6},
-        Column{"int16_255", {2, 0, 0xFF, 0x00}, 255, -6}, Column{"int16_256", {2, 0, 0x00, 0x01}, -6, -6},
-        Column{"int16_minus_1", {2, 0, 0xFF, 0xFF}, -6, 0}, Column{"int16_minus_256", {2, 0, 0x00, 0xFF}, -6, 255},
-        Column{"int16_minus_257", {2, 0, 0xFF, 0xFE}, -6, -6}, Column{"int32_124", {3, 0, 0x7C, 0, 0, 0}, 124, -6},
-        Column{"int32_minus_125", {3, 0, 0x83, 0xFF, 0xFF, 0xFF}, -6, 124},
-        Column{"int32_smallest", {3, 0, 0, 0, 0, 0x80}, -6, -6},
-        Column{"float32_half_to_even_down", tagged(4, 2.5F), 2, -6},
-        Column{"float32_half_to_even_up", tagged(4, 3.5F), 4, -6}, Column{"float32_minus_1", tagged(4, -1.0F), -6, 0},
-        Column{"float64_minus_half", tagged(5, -0.5), 0, -6}, Column{"float64_255_4", tagged(5, 255.4), 255, -6},
-        Column{"float64_255_5", tagged(5, 255.5), -6, -6}, Column{"float64_minus_256_5", tagged(5, -256.5), -6, 255},
-        Column{"float64_huge", tagged(5, 1e300), -6, -6}, Column{"float64_no_number", tagged(5, std::nan("")), -6, -6},
-        Column{"currency_0_5", tagged(6, std::int64_t{5000}), 0, -6},
-        Column{"currency_1_5", tagged(6, std::int64_t{15000}), 2, -6},
-        Column{"currency_minus_1_4999", tagged(6, std::int64_t{-14999}), -6, 0},
-        Column{"currency_largest", tagged(6, std::numeric_limits<std::int64_t>::max()), -6, -6},
-        Column{"date_17", tagged(7, 17.25), 17, -6}, Column{"text_65", text("65"), 65, -6},
-        Column{"text_padded_minus_2", text(" -2 "), -6, 1}, Column{"text_plus_7", text("+7"), 7, -6},
-        Column{"text_plus_minus_7", text("+-7"), -13, -13}, Column{"text_word", text("6x"), -13, -13},
-        Column{"text_huge", text("1e999"), -6, -6}, Column{"text_empty", text(""), -13, -13},
+        Row{"empty", {0, 0}, 0, -6}, Row{"null", {1, 0}, -94, -94}, Row{"int16_0", {2, 0, 0, 0}, 0, -6},
+        Row{"int16_255", {2, 0, 0xFF, 0x00}, 255, -6}, Row{"int16_256", {2, 0, 0x00, 0x01}, -6, -6},
+        Row{"int16_minus_1", {2, 0, 0xFF, 0xFF}, -6, 0}, Row{"int16_minus_256", {2, 0, 0x00, 0xFF}, -6, 255},
+        Row{"int16_minus_257", {2, 0, 0xFF, 0xFE}, -6, -6}, Row{"int32_124", tagged(3, 124), 124, -6},
+        Row{"int32_minus_125", tagged(3, -125), -6, 124}, Row{"int32_smallest", tagged(3, INT32_MIN), -6, -6},
+        Row{"float32_half_down", tagged(4, 2.5F), 2, -6}, Row{"float32_half_up", tagged(4, 3.5F), 4, -6},
+        Row{"float32_minus_1", tagged(4, -1.0F), -6, 0}, Row{"float64_minus_half", tagged(5, -0.5), 0, -6},
+        Row{"float64_255_4", tagged(5, 255.4), 255, -6}, Row{"float64_255_5", tagged(5, 255.5), -6, -6},
+        Row{"float64_minus_256_5", tagged(5, -256.5), -6, 255}, Row{"float64_huge", tagged(5, 1e300), -6, -6},
+        Row{"float64_no_number", tagged(5, std::nan("")), -6, -6}, Row{"currency_0_5", tagged(6, 5000LL), 0, -6},
+        Row{"currency_1_5", tagged(6, 15000LL), 2, -6}, Row{"currency_minus_1_4999", tagged(6, -14999LL), -6, 0},
+        Row{"currency_largest", tagged(6, INT64_MAX), -6, -6}, Row{"date_17", tagged(7, 17.25), 17, -6},
+        Row{"text_65", text("65"), 65, -6}, Row{"text_padded_minus_2", text(" -2 "), -6, 1},
+        Row{"text_plus_7", text("+7"), 7, -6}, Row{"text_plus_minus_7", text("+-7"), -13, -13},
+        Row{"text_word", text("6x"), -13, -13}, Row{"text_huge", text("1e999"), -6, -6},
+        Row{"text_empty", text(""), -13, -13},
         // as the component's own conversion of an argument reads them
-        Column{"text_hexadecimal", text("&HFF"), 255, -6},
-        Column{"text_hexadecimal_of_32_bits", text("&hffffff00"), -6, 255},
-        Column{"text_hexadecimal_too_long", text("&H100000000"), -6, -6},
-        Column{"text_octal", text("\t&O17\r\n"), 15, -6},
-        Column{"text_hexadecimal_without_digits", text("&H"), -13, -13},
-        Column{"text_half_to_even", text("2.5E0"), 2, -6},
-        Column{"text_nearly_nothing", text("0." + std::string(400, '0') + "1e9"), 0, -6},
-        Column{"text_huge_in_spite_of_its_exponent", text("1" + std::string(400, '0') + "e-9"), -6, -6},
-        Column{"text_no_number", text("nan(1)"), -13, -13}, Column{"text_not_ascii", text("\2406"), -13, -13},
-        Column{"false", {11, 0, 0, 0}, 0, 255}, Column{"true", {11, 0, 0xFF, 0xFF}, 255, 0},
-        Column{"byte_0", {17, 0, 0}, 0, 255}, Column{"byte_124", {17, 0, 0x7C}, 0x7C, 0x83},
-        Column{"byte_255", {17, 0, 0xFF}, 255, 0}),
+        Row{"text_hex", text("&HFF"), 255, -6}, Row{"text_hex_of_32_bits", text("&hffffff00"), -6, 255},
+        Row{"text_hex_too_long", text("&H100000000"), -6, -6}, Row{"text_octal", text("\t&O17\r\n"), 15, -6},
+        Row{"text_hex_digitless", text("&H"), -13, -13}, Row{"text_half_to_even", text("2.5E0"), 2, -6},
+        Row{"text_nearly_nothing", text("0." + std::string(400, '0') + "1e9"), 0, -6},
+        Row{"text_huge_with_exponent", text("1" + std::string(400, '0') + "e-9"), -6, -6},
+        Row{"text_no_number", text("nan(1)"), -13, -13}, Row{"text_not_ascii", text("\2406"), -13, -13},
+        Row{"false", {11, 0, 0, 0}, 0, 255}, Row{"true", {11, 0, 0xFF, 0xFF}, 255, 0},
+        Row{"byte_0", {17, 0, 0}, 0, 255}, Row{"byte_124", {17, 0, 0x7C}, 0x7C, 0x83},
+        Row{"byte_255", {17, 0, 0xFF}, 255, 0}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(GlyphFile, SaysWhichCodesItHas) {
