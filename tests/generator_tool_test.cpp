@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <png.h>
-#include <sys/stat.h>
 
 #include <set>
 
@@ -71,49 +70,34 @@ protected:
             {"sh", "-c", "cd \"$0\" && " + before + "'" OPANE_GENERATOR_PROGRAM "' " + arguments, folder.path()});
     }
 
-    std::set<std::string> files() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder.path()))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
+    auto files() const { return std::distance(fs::directory_iterator(folder.path()), {}); }
 
     TemporaryFolder folder;
 };
 
-void expectPart(const std::string& text, const std::string& part) {
-    EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
-}
-
-struct GlyphCase {
-    const char* name;
-    bool small;  // of the small font, else of the default generator
-    std::uint8_t code;
-    const char* picture;
-};
-
-class MadeGlyph : public GeneratorTool, public testing::WithParamInterface<GlyphCase> {};
-
-TEST_P(MadeGlyph, IsTheFontsPicture) {
+TEST_F(GeneratorTool, TakesTheFontsPictures) {
     ASSERT_EQ(run("make --font small.bdf --output small.gen").status, 0);
-    const auto generator = GlyphFile::read(GetParam().small ? folder / "small.gen" : OPANE_DEFAULT_GENERATOR);
-    const std::string picture = pictureOf([&](unsigned column, unsigned row) {
-        return (generator.column(GetParam().code, static_cast<int>(column), false) >> (7 - row) & 1) != 0;
-    });
-    EXPECT_EQ(picture, GetParam().picture);
+    const auto latin1 = GlyphFile::read(OPANE_DEFAULT_GENERATOR);
+    const auto small = GlyphFile::read(folder / "small.gen");
+    struct Row {
+        const char* name;
+        const GlyphFile& generator;
+        std::uint8_t code;
+        const char* picture;
+    };
+    for (const Row& row : {Row{"accent", latin1, 0xC9, "..#.../.#..../####../#...../###.../#...../####../......"},
+                           Row{"euro", latin1, 0x80, "..##../.#..../###.../.#..../###.../.#..../..##../......"},
+                           Row{"on_baseline", small, 'A', "..#.../.#.#../.###../.#.#../.#.#../....../....../......"},
+                           Row{"below_it", small, 'g', "....../....../.##.../#.#.../.##.../..#.../##..../......"},
+                           Row{"too_wide", small, 'W', "######/....../....../....../.#..#./....../....../......"},
+                           Row{"hyphen", small, 0x2D, kHyphen}, Row{"soft_hyphen_added", small, 0xAD, kHyphen},
+                           Row{"space_added", small, 0x20, kBlank}, Row{"no_break_space_added", small, 0xA0, kBlank}}) {
+        const std::string picture = pictureOf([&](unsigned column, unsigned line) {
+            return (row.generator.column(row.code, static_cast<int>(column), false) >> (7 - line) & 1) != 0;
+        });
+        EXPECT_EQ(picture, row.picture) << row.name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Fonts, MadeGlyph,
-    testing::Values(GlyphCase{"accent", false, 0xC9, "..#.../.#..../####../#...../###.../#...../####../......"},
-                    GlyphCase{"euro", false, 0x80, "..##../.#..../###.../.#..../###.../.#..../..##../......"},
-                    GlyphCase{"on_baseline", true, 'A', "..#.../.#.#../.###../.#.#../.#.#../....../....../......"},
-                    GlyphCase{"below_baseline", true, 'g', "....../....../.##.../#.#.../.##.../..#.../##..../......"},
-                    GlyphCase{"too_wide", true, 'W', "######/....../....../....../.#..#./....../....../......"},
-                    GlyphCase{"hyphen", true, 0x2D, kHyphen}, GlyphCase{"soft_hyphen_added", true, 0xAD, kHyphen},
-                    GlyphCase{"space_added", true, 0x20, kBlank},
-                    GlyphCase{"no_break_space_added", true, 0xA0, kBlank}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(DefaultGenerator, HasTheCodesOfTheFontAndBytesForColumns) {
     const auto generator = GlyphFile::read(OPANE_DEFAULT_GENERATOR);
@@ -132,12 +116,12 @@ TEST_F(GeneratorTool, ReplacesAFileWholeOrNotAtAll) {
     // A file may grow to one block only, as on a full disk.
     const ProgramEnd full = run("make --font small.bdf --output link.gen", "trap '' XFSZ && ulimit -f 1 && ");
     EXPECT_EQ(full.status, 2);
-    expectPart(full.errors, "\"link.gen\" cannot be written: File too large");
+    EXPECT_PRED2(holds, full.errors, "\"link.gen\" cannot be written: File too large");
     EXPECT_EQ(contentOf(folder / "real.gen"), "earlier");
     const ProgramEnd end = run("make --font small.bdf --size 8 --output link.gen");
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.output, "link.gen: 7 of 256 codes, taken at size 8\n");
-    expectPart(end.errors, "1 of 7 glyphs, codes 87 (W)\n");
+    EXPECT_PRED2(holds, end.errors, "1 of 7 glyphs, codes 87 (W)\n");
     EXPECT_TRUE(fs::is_symlink(folder / "link.gen"));
     EXPECT_EQ(GlyphFile::read(folder / "real.gen").count(), 7);
     EXPECT_EQ(files(), before);
@@ -148,45 +132,37 @@ TEST_F(GeneratorTool, NamesColumnsThatAreNoColumnBytes) {
     folder.write("bad.gen", generatorOfA("\x11\0\xFF\x01\0\x08\0\x01\0x\x02\0\0\x01\0\0\x11\0\xFF"s));
     const ProgramEnd end = run("show bad.gen --text A");
     EXPECT_EQ(end.status, 2);
-    expectPart(end.output, "█░░░ █\n█░░░ █\n█░░░ █\n█░░░ █\n");
-    for (const char* fault : {"code 65, column 1: ", "code 65, column 2: ", "code 65, column 3: "})
-        expectPart(end.errors, fault);
-    EXPECT_EQ(end.errors.find("column 4"), std::string::npos) << end.errors;
+    EXPECT_PRED2(holds, end.output, "█░░░ █\n█░░░ █\n█░░░ █\n█░░░ █\n");
+    for (const char column : {'1', '2', '3', '4'})
+        EXPECT_EQ(holds(end.errors, std::string("code 65, column ") + column + ": "), column != '4') << end.errors;
 }
 
-struct PngCase {
-    const char* name;
-    const char* options;
-    unsigned width, height;  // in module pixels, four picture pixels each
-    unsigned left, top;      // of a cell, and what it shows
-    const char* cell;
-};
-
-class PngPicture : public GeneratorTool, public testing::WithParamInterface<PngCase> {};
-
-TEST_P(PngPicture, ShowsACellInItsPlace) {
-    const PngCase& expected = GetParam();
-    ASSERT_EQ(run("show a.gen --png a.png "s + expected.options).status, 0);
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    ASSERT_NE(png_image_begin_read_from_file(&image, (folder / "a.png").c_str()), 0) << image.message;
-    image.format = PNG_FORMAT_GRAY;
-    ByteArray pixels(PNG_IMAGE_SIZE(image));
-    ASSERT_NE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr), 0) << image.message;
-    ASSERT_EQ(std::pair(image.width, image.height), std::pair(4 * expected.width, 4 * expected.height));
-    const std::string cell = pictureOf([&](unsigned column, unsigned row) {
-        return pixels[(4 * (expected.top + row) + 1) * image.width + 4 * (expected.left + column) + 1] < 128;
-    });
-    EXPECT_EQ(cell, expected.cell);
+TEST_F(GeneratorTool, DrawsCellsInTheirPlaces) {
+    constexpr char kDigit1[] = ".#..../##..../.#..../.#..../###.../....../....../......";
+    struct Row {
+        const char* options;
+        unsigned width, height;  // in module pixels, four picture pixels each
+        unsigned left, top;      // of a cell, and what it shows
+        const char* cell;
+    };
+    // A text has a border of two pixels; a sheet has digits at the left and the top and two pixels between its cells.
+    for (const Row& row :
+         {Row{" --text AA", 16, 12, 8, 2, kA}, Row{"", 7 + 16 * 8, 7 + 16 * 10, 7 + 1 * 8, 7 + 4 * 10, kA},
+          Row{"", 7 + 16 * 8, 7 + 16 * 10, 7 + 8 + 1, 1, kDigit1}}) {
+        ASSERT_EQ(run("show a.gen --png a.png"s + row.options).status, 0);
+        png_image image{};
+        image.version = PNG_IMAGE_VERSION;
+        ASSERT_NE(png_image_begin_read_from_file(&image, (folder / "a.png").c_str()), 0) << image.message;
+        image.format = PNG_FORMAT_GRAY;
+        ByteArray pixels(PNG_IMAGE_SIZE(image));
+        ASSERT_NE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr), 0) << image.message;
+        ASSERT_EQ(std::pair(image.width, image.height), std::pair(4 * row.width, 4 * row.height));
+        const std::string cell = pictureOf([&](unsigned column, unsigned line) {
+            return pixels[(4 * (row.top + line) + 1) * image.width + 4 * (row.left + column) + 1] < 128;
+        });
+        EXPECT_EQ(cell, row.cell);
+    }
 }
-
-// A text has a border of two pixels; a sheet has digits at the left and the top and two pixels between its cells.
-constexpr char kDigit1[] = ".#..../##..../.#..../.#..../###.../....../....../......";
-INSTANTIATE_TEST_SUITE_P(Pictures, PngPicture,
-                         testing::Values(PngCase{"text", "--text AA", 16, 12, 8, 2, kA},
-                                         PngCase{"sheet", "", 7 + 16 * 8, 7 + 16 * 10, 7 + 1 * 8, 7 + 4 * 10, kA},
-                                         PngCase{"sheets_edge", "", 7 + 16 * 8, 7 + 16 * 10, 7 + 8 + 1, 1, kDigit1}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 struct RunCase {
     const char* name;
@@ -203,33 +179,27 @@ TEST_P(Run, SaysWhatItShowsOrWhyNot) {
     folder.write("text.txt", "This is no font and no generator.\n");
     folder.write("zeros", std::string(4096, '\0'));
     fs::create_directory(folder / "folder");
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const auto before = files();
     const ProgramEnd end = run(GetParam().arguments);
     EXPECT_EQ(end.status, GetParam().status);
-    expectPart(end.status == 0 ? end.output : end.errors, GetParam().says);
+    EXPECT_PRED2(holds, end.status == 0 ? end.output : end.errors, GetParam().says);
     EXPECT_EQ(end.status == 0 ? end.errors : end.output, "");
     EXPECT_EQ(files(), before);
-    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Runs, Run,
     testing::Values(
-        RunCase{"help", "--help", 0, "Examples:\n  opane-generator make "},
         RunCase{"text", "show a.gen --text AA", 0, " ▄▄    ▄▄   \n█  █  █  █  \n█▀▀█  █▀▀█  \n▀  ▀  ▀  ▀  \n"},
         RunCase{"sheet", "show a.gen", 0, "\n4  · · · █  █    · · · "},
         RunCase{"missing_codes", "show a.gen", 0, "1 of 256 codes; missing of 32 to 255: 32, 33 (!), "},
         RunCase{"missing_controls", "show a.gen", 0, ", 126 (~), 127, 128 (€), 129, "},
         RunCase{"output_lost", "show a.gen >/dev/full", 3, "standard output cannot be written"},
         RunCase{"no_command", "", 2, "opane-generator: no command is given"},
-        RunCase{"unknown_command", "draw", 2, "draw"},
         RunCase{"size_not_there", "make --font small.bdf --size 9 --output x.gen", 2, "the size 9; it has 8"},
         RunCase{"font_a_text", "make --font text.txt --output x.gen", 2, "\"text.txt\" is no font"},
         RunCase{"font_of_others", "make --font other.bdf --output x.gen", 2, "has none of the characters of Windows"},
-        RunCase{"output_nowhere", "make --font small.bdf --output none/x.gen", 2, "folder does not exist"},
         RunCase{"output_a_folder", "make --font small.bdf --output folder", 2, "it is a folder"},
-        RunCase{"output_a_pipe", "make --font small.bdf --output pipe", 2, "it is a device or a pipe"},
         RunCase{"output_is_the_font", "make --font small.bdf --output ./small.bdf", 2, "is the file that is read"},
         RunCase{"picture_is_the_generator", "show a.gen --png \"$PWD/a.gen\"", 2, "is the file that is read"},
         RunCase{"show_a_text", "show text.txt", 2, "\"text.txt\" is no character generator: type tag"},

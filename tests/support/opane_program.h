@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <sstream>
+#include <thread>
 
 #include "simulator/served_module.h"
 #include "support/program.h"
-
-// The program opane against a module in this process, on a real pseudo-terminal.
 
 namespace opane::test {
 
@@ -28,9 +28,11 @@ inline Words wordsOf(const std::string& line) {
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
+/// The program opane against a module in this process, on a real pseudo-terminal.
 class OpaneCommands : public testing::Test {
 protected:
     ProgramEnd opane(const Words& words) { return runProgram(opaneOn(module.devicePath(), words)); }
+    ProgramEnd run(const std::string& line) { return opane(wordsOf(line)); }
 
     void set(const std::function<void(ModuleState&)>& change) {
         module.withModule([&](SimulatedModule& served) { change(served.state()); });
@@ -40,6 +42,15 @@ protected:
     }
     std::size_t requests() {
         return module.withModule([](SimulatedModule& served) { return served.frames().size(); });
+    }
+    std::size_t handshakes() {
+        return module.withModule([](SimulatedModule& served) { return served.handshakes(); });
+    }
+    void waitForRequests(std::size_t count) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (requests() < count && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        EXPECT_GE(requests(), count) << "it has ended too early";
     }
     void fault(const simulator::FaultOrder& order) {
         module.withModule([&](SimulatedModule& served) { served.fault(order); });
@@ -60,6 +71,24 @@ inline std::string image(std::size_t size) {
 template <class Eeprom>
 std::string content(const Eeprom& eeprom) {
     return {eeprom.begin(), eeprom.end()};
+}
+
+/// A white picture with a black pixel in its top left corner.
+inline std::string bitmap(int width, int height, int bits = 1, int headerSize = 40) {
+    std::string file = "BM";
+    const auto put = [&file](int value, int bytes) {
+        for (int i = 0; i < bytes; ++i)
+            file += static_cast<char>((value >> (8 * i)) & 0xFF);
+    };
+    file.append(8, 0);
+    for (const int field : {14 + headerSize + 8, headerSize, width, height, 1 | bits << 16})
+        put(field, 4);
+    file.resize(static_cast<std::size_t>(14 + headerSize + 4));  // the first colour is black,
+    put(0xFFFFFF, 4);                                            // the second one white
+    const auto rowBytes = static_cast<std::size_t>((width * bits + 31) / 32 * 4);
+    file.append(rowBytes * static_cast<std::size_t>(std::abs(height)), '\xFF');
+    file[file.size() - rowBytes] = '\x7F';
+    return file;
 }
 
 }  // namespace opane::test

@@ -27,6 +27,10 @@ inline std::string commandLine(const std::vector<std::string>& words) {
     return line;
 }
 
+inline bool holds(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 struct ProgramEnd {
     int status;
     std::string output;

@@ -1,10 +1,9 @@
 #include "support/campaign/campaign.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <memory>
-#include <optional>
+#include <sstream>
 
 #include "link/clsOPane.h"
 #include "platform/services.h"
@@ -60,20 +59,17 @@ struct Sample {
     int answerBytes;
 };
 
-const std::vector<Sample>& samples() {
-    static const std::vector<Sample> all{
-        {{0, 0, 0, 8, {}}, 18},                    // version "OPane V2.0"
-        {{8, 2, 5, 3, bytesOf(8, 0xA5)}, 7},       // a block, whose data look like handshakes and marks
-        {{0, 255, 0, 5, {}}, 7},                   // the frame
-        {{1, 0, 0, 12, {16}}, 23},                 // 16 bytes of the User EEPROM
-        {{2, 9, 0, 3, {1, 2}}, 7},                 // refused: Aux1 is not 0
-        {{0, 0, 0, 2, {}}, 7},                     // no such command: type 0
-        {{120, 7, 0, 1, bytesOf(120, 0x11)}, 7},   // a whole line
-        {{1, 0x80, 3, 32, {128}}, 135},            // 128 bytes of the System EEPROM
-        {{128, 0, 1, 33, bytesOf(128, 0xAA)}, 7},  // and their writing
-    };
-    return all;
-}
+const Sample kSamples[]{
+    {{0, 0, 0, 8, {}}, 18},                    // version "OPane V2.0"
+    {{8, 2, 5, 3, bytesOf(8, 0xA5)}, 7},       // a block, whose data look like handshakes and marks
+    {{0, 255, 0, 5, {}}, 7},                   // the frame
+    {{1, 0, 0, 12, {16}}, 23},                 // 16 bytes of the User EEPROM
+    {{2, 9, 0, 3, {1, 2}}, 7},                 // refused: Aux1 is not 0
+    {{0, 0, 0, 2, {}}, 7},                     // no such command: type 0
+    {{120, 7, 0, 1, bytesOf(120, 0x11)}, 7},   // a whole line
+    {{1, 0x80, 3, 32, {128}}, 135},            // 128 bytes of the System EEPROM
+    {{128, 0, 1, 33, bytesOf(128, 0xAA)}, 7},  // and their writing
+};
 
 /// What is tried at every byte of one way.
 struct Fault {
@@ -98,15 +94,11 @@ constexpr Spoil kInEveryAnswer[]{
 
 std::vector<Case> enumerate() {
     std::vector<Case> cases;
-    for (const Sample& sample : samples()) {
+    for (const Sample& sample : kSamples) {
         for (const bool onBus : {false, true}) {
-            Case tried;
-            tried.request = sample.request;
-            tried.onBus = onBus;
             const auto add = [&](const Spoil& spoil) {
-                tried.spoils = {spoil};
-                tried.paced = cases.size() % 2 == 1;
-                cases.push_back(tried);
+                cases.push_back(
+                    {.request = sample.request, .onBus = onBus, .paced = cases.size() % 2 == 1, .spoils = {spoil}});
             };
             for (const Spoil& spoil : kInEveryAnswer)
                 add(spoil);
@@ -131,7 +123,7 @@ const std::vector<Case>& enumerated() {
 
 Request drawnRequest(Dice& dice) {
     if (!dice.oneIn(3))
-        return dice.of(samples()).request;
+        return dice.of(kSamples).request;
     Request request;
     request.length = dice.oneIn(4) ? dice.byte() : static_cast<std::uint8_t>(dice.below(12));
     request.aux1 = dice.oneIn(2) ? 0 : dice.byte();
@@ -150,29 +142,17 @@ Spoil drawnSpoil(Dice& dice, const Case& tried) {
     spoil.burst = dice.oneIn(5) ? kEveryBurst : dice.oneIn(2) ? 0 : dice.below(8);
     const int bytes = spoil.where == Where::answer ? 24 : tried.request.length + 8;
     spoil.offset = dice.oneIn(2) ? dice.below(8) : dice.below(bytes);
-    switch (spoil.kind) {
-        case Kind::flip:
-            spoil.value = 1 << dice.below(8);
-            break;
-        case Kind::set:
-        case Kind::noise:
-            spoil.value = dice.byte();
-            break;
-        case Kind::late:
-            spoil.value = dice.between(1, std::max(1, dice.oneIn(2) ? tried.timeoutMs / 2 : 3 * tried.timeoutMs));
-            break;
-        case Kind::reset:
-            spoil.value = dice.between(60, 2000);
-            break;
-        case Kind::lose:
-        case Kind::doubled:
-        case Kind::repeat:
-        case Kind::unplug:
-            break;
-    }
-    const bool oneByteOnly = spoil.kind == Kind::reset || spoil.kind == Kind::unplug || spoil.kind == Kind::repeat;
-    if (!oneByteOnly && dice.oneIn(4))
-        spoil.length = dice.oneIn(2) && spoil.kind != Kind::late ? kRest : dice.between(2, 5);
+    const auto is = [&](auto... kinds) { return ((spoil.kind == kinds) || ...); };
+    if (is(Kind::flip))
+        spoil.value = 1 << dice.below(8);
+    if (is(Kind::set, Kind::noise))
+        spoil.value = dice.byte();
+    if (is(Kind::late))
+        spoil.value = dice.between(1, std::max(1, dice.oneIn(2) ? tried.timeoutMs / 2 : 3 * tried.timeoutMs));
+    if (is(Kind::reset))
+        spoil.value = dice.between(60, 2000);
+    if (!is(Kind::reset, Kind::unplug, Kind::repeat) && dice.oneIn(4))
+        spoil.length = dice.oneIn(2) && !is(Kind::late) ? kRest : dice.between(2, 5);
     return spoil;
 }
 
@@ -196,16 +176,17 @@ Case drawn(std::uint64_t seed, std::size_t number) {
 }
 
 /// A host's link on a faulty line, as its owner would have it.
-class Host {
+class Host : public Bench {
 public:
     Host(const Case& tried, Carrier& carrier)
-        : tried_(tried), carrier_(carrier), module_(optionsOf(tried)), line_(lineOf(tried, module_)) {
-        time_.micros = tried.startAt;
-        services_->tickCounter = &time_;
-        services_->calendar = [] { return std::tm{}; };
-        services_->portMap = [this](std::int16_t) { return carrier_.device(); };
-        services_->makeSerialControl = [this] {
-            return watchedControl(carrier_.control(line_, time_), time_, watched_);
+        : Bench({.node = tried.node, .baudRate = tried.baudRate, .quartz = 3}),  // crystal 3 offers every rate
+          faulty(module, tried.onBus, tried.paced ? tried.baudRate : 0),
+          tried_(tried) {
+        time.micros = tried.startAt;
+        services->calendar = [] { return std::tm{}; };
+        services->portMap = [&carrier](std::int16_t) { return carrier.device(); };
+        services->makeSerialControl = [this, &carrier] {
+            return watchedControl(carrier.control(faulty, time), time, watched_);
         };
         holder_.adopt(clsOPane::create());
         holder_.adopt(std::make_shared<clsLog>());
@@ -227,20 +208,18 @@ public:
         return answered;
     }
 
-    Seen exchange(const Request& request, ByteArray info) {
+    Seen exchange(const Request& request, const ByteArray& info) {
         watched_.writes.clear();
         watched_.readSinceWrite = 0;
         log_.clear();
-        Seen seen;
-        seen.infoBefore = info;
+        Seen seen{.infoBefore = info, .info = info};
         seen.raised = raisedNumber([&] {
             seen.result = link().SendDataAndReceiveResponse(request.length, request.aux1, request.aux2, request.type,
-                                                            request.data, info);
+                                                            request.data, seen.info);
         });
-        seen.info = std::move(info);
         seen.timeoutMs = link().Timeout();
         seen.synchronized = link().IsSynchronized();
-        seen.endedAt = time_.micros;
+        seen.endedAt = time.micros;
         seen.log = log_;
         seen.writes = watched_.writes;
         seen.readSinceWrite = watched_.readSinceWrite;
@@ -248,46 +227,24 @@ public:
         return seen;
     }
 
-    /// Everything works again, and the line has been quiet for one time-out.
-    void quiet() {
-        line_.spoil({});
-        time_.micros = std::max(time_.micros, line_.settle()) + Micros{clsOPane::kUsualTimeoutMs} * 1000;
-    }
-
-    VirtualTime& time() { return time_; }
-    FaultyLine& line() { return line_; }
-    simulator::SimulatedModule& module() { return module_; }
+    FaultyLine faulty;
 
 private:
-    static simulator::ModuleOptions optionsOf(const Case& tried) {
-        simulator::ModuleOptions options;
-        options.node = tried.node;
-        options.quartz = 3;  // offers every rate
-        options.baudRate = tried.baudRate;
-        return options;
-    }
-    static FaultyLine lineOf(const Case& tried, simulator::SimulatedModule& module) {
-        return FaultyLine(module, tried.onBus, tried.paced ? tried.baudRate : 0);
-    }
-
     const Case& tried_;
-    Carrier& carrier_;
-    simulator::SimulatedModule module_;
-    FaultyLine line_;
-    VirtualTime time_;
     Watched watched_;
     std::vector<std::string> log_;
-    ServicesScope services_;
     GlobalsHolder holder_;
 };
 
 /// After a quiet time-out, with a module that is there and at the host's rate, an exchange works at once.
 /// @return what was wrong; empty: nothing
 std::string recoveryComplaint(Host& host, Carrier& carrier) {
-    host.quiet();
-    const int rate = host.module().state().baudRate;
-    if (host.line().gone()) {
-        host.line().replug();
+    // Everything works again, and the line has been quiet for one time-out.
+    host.faulty.spoil({});
+    host.time.micros = std::max(host.time.micros, host.faulty.settle()) + Micros{clsOPane::kUsualTimeoutMs} * 1000;
+    const int rate = host.module.state().baudRate;
+    if (host.faulty.gone()) {
+        host.faulty.replug();
         carrier.replug();
         if (!host.connect(rate))
             return "a module that came back does not answer";
@@ -295,7 +252,7 @@ std::string recoveryComplaint(Host& host, Carrier& carrier) {
         return "the module does not answer at its own rate";
     }
     host.link().Timeout(clsOPane::kUsualTimeoutMs);
-    const std::string version = host.module().state().version;
+    const std::string version = host.module.state().version;
     ByteArray expected(version.begin(), version.end());
     expected.push_back(0);
     const Seen seen = host.exchange({0, 0, 0, 8, {}}, {});
@@ -318,27 +275,17 @@ Case caseOf(std::uint64_t seed, std::size_t number) {
 
 Outcome run(const Case& tried, Carrier& carrier) {
     Host host(tried, carrier);
-    Outcome outcome;
-    if (!host.connect(tried.baudRate)) {
-        outcome.complaint = "no module answered before anything went wrong";
-        return outcome;
-    }
-    host.line().spoil(tried.spoils);
-    const LinkBefore before{tried.onBus, tried.node, tried.timeoutMs, host.time().micros, true};
+    if (!host.connect(tried.baudRate))
+        return {{Verdict::wrong, "no module answered before anything went wrong"}};
+    host.faulty.spoil(tried.spoils);
+    const LinkBefore before{tried.onBus, tried.node, tried.timeoutMs, host.time.micros, true};
     const Seen seen = host.exchange(tried.request, ByteArray{0xC3, 0xC3, 0xC3});
-    const Judgement judgement = judge(tried.request, before, host.line().arrivals(), seen);
-    outcome.verdict = judgement.verdict;
-    outcome.complaint = judgement.complaint;
-    outcome.result = seen.result;
-    outcome.raised = seen.raised != 0;
-    outcome.resynchronised = judgement.resynchronised;
-    outcome.sends = judgement.sends;
-
+    Outcome outcome{judge(tried.request, before, host.faulty.arrivals(), seen), seen.result, seen.raised != 0};
     const std::int64_t longest = longestExchange(tried.timeoutMs, tried.onBus);
-    const double tookMs = static_cast<double>(seen.endedAt - before.at) / 1000;
+    const double tookMs = host.time.since(before.at);
     if (outcome.complaint.empty() && tookMs > static_cast<double>(longest))
         outcome.complaint = "it took " + std::to_string(tookMs) + " ms; at most " + std::to_string(longest);
-    if (outcome.complaint.empty() && seen.raised != 0 && !host.line().gone())
+    if (outcome.complaint.empty() && outcome.raised && !host.faulty.gone())
         outcome.complaint = "an error was raised though the device is there";
     if (outcome.complaint.empty())
         outcome.complaint = recoveryComplaint(host, carrier);
@@ -351,22 +298,21 @@ std::string kindName(Kind kind) {
 
 std::string description(const Case& tried) {
     constexpr std::array kWheres{"to the module", "of the echo", "of the answer"};
-    const auto number = [](const char* name, std::int64_t value) { return name + std::to_string(value); };
-    std::string text = number("type ", tried.request.type) + number(", Leng ", tried.request.length) +
-                       number(", Aux1 ", tried.request.aux1) + number(", Aux2 ", tried.request.aux2) +
-                       (tried.onBus ? ", RS485" : ", RS232") + number(", node ", tried.node) + ", " +
-                       number("", tried.baudRate) + " baud" + (tried.paced ? ", paced" : "") +
-                       number(", Timeout ", tried.timeoutMs) + "; spoilt:";
+    std::ostringstream text;
+    text << "type " << int{tried.request.type} << ", Leng " << int{tried.request.length} << ", Aux1 "
+         << int{tried.request.aux1} << ", Aux2 " << int{tried.request.aux2} << (tried.onBus ? ", RS485" : ", RS232")
+         << ", node " << tried.node << ", " << tried.baudRate << " baud" << (tried.paced ? ", paced" : "")
+         << ", Timeout " << tried.timeoutMs << "; spoilt:";
     for (const Spoil& spoil : tried.spoils) {
-        text += " [";
-        text += kindName(spoil.kind) + number(" ", spoil.value) + " at byte " + number("", spoil.offset);
-        if (spoil.length != 1)
-            text += spoil.length == kRest ? " and all that follow" : number(" and on, bytes: ", spoil.length);
-        text += ' ';
-        text += kWheres.at(static_cast<std::size_t>(spoil.where));
-        text += spoil.burst == kEveryBurst ? ", every burst]" : number(", burst ", spoil.burst) + "]";
+        text << " [" << kindName(spoil.kind) << ' ' << spoil.value << " at byte " << spoil.offset;
+        if (spoil.length == kRest)
+            text << " and all that follow";
+        else if (spoil.length != 1)
+            text << " and on, bytes: " << spoil.length;
+        text << ' ' << kWheres.at(static_cast<std::size_t>(spoil.where)) << ", "
+             << (spoil.burst == kEveryBurst ? "every burst]" : "burst " + std::to_string(spoil.burst) + "]");
     }
-    return text;
+    return text.str();
 }
 
 void Tally::add(const Case& tried, const Outcome& outcome) {
@@ -378,11 +324,8 @@ void Tally::add(const Case& tried, const Outcome& outcome) {
     resynchronised += outcome.resynchronised ? 1 : 0;
     borderline += outcome.verdict == Verdict::borderline ? 1 : 0;
     sends += outcome.sends;
-    std::array<bool, std::tuple_size_v<decltype(byKind)>> has{};
-    for (const Spoil& spoil : tried.spoils)
-        has.at(static_cast<std::size_t>(spoil.kind)) = true;
-    for (std::size_t kind = 0; kind < has.size(); ++kind)
-        byKind[kind] += has[kind] ? 1 : 0;
+    for (std::size_t kind = 0; kind < byKind.size(); ++kind)
+        byKind[kind] += std::ranges::count(tried.spoils, static_cast<Kind>(kind), &Spoil::kind) > 0 ? 1U : 0U;
 }
 
 }  // namespace opane::test::campaign

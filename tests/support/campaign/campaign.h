@@ -1,14 +1,10 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "support/campaign/faulty_line.h"
 #include "support/campaign/referee.h"
-#include "support/campaign/watched_control.h"
 
 namespace opane::test::campaign {
 
@@ -33,13 +29,9 @@ std::size_t enumeratedCases();
 /// For people.
 std::string description(const Case& tried);
 
-struct Outcome {
-    std::string complaint{};  ///< empty: all was right
-    Verdict verdict = Verdict::right;
+struct Outcome : Judgement {
     bool result = false;
     bool raised = false;
-    bool resynchronised = false;
-    std::size_t sends = 0;
 };
 
 /// Runs one case from a new link on. Checked are what the referee says, the longest time of docs/bounds.md, and that

@@ -28,31 +28,29 @@ void FaultyLine::replug() {
 Micros FaultyLine::settle() {
     while (!gone_ && !toModule_.events.empty())
         runModule(toModule_.events.front().at);
-    gone_ = gone_ || std::any_of(toHost_.events.begin(), toHost_.events.end(),
-                                 [](const Event& event) { return event.what == What::unplug; });
+    for (const Event& event : toHost_.events)
+        gone_ = gone_ || event.what == Kind::unplug;
     return std::max({toModule_.notBefore, toHost_.notBefore, busyUntil_, deafUntil_});
 }
 
 void FaultyLine::receive(std::span<const std::uint8_t> bytes, Micros now) {
     const int burst = bursts_++;
     Micros at = now;
-    for (const std::uint8_t byte : bytes) {
-        at = nextCharacter(now);
-        put(Where::echo, burst, byte, at);
-        put(Where::toModule, burst, byte, at);
+    for (std::size_t i = 0; i <= bytes.size(); ++i) {
+        const bool isByte = i < bytes.size();
+        at = isByte ? nextCharacter(now) : at;
+        for (const Where where : {Where::echo, Where::toModule})
+            put(where, burst, isByte ? std::optional(bytes[i]) : std::nullopt, at);
     }
-    put(Where::echo, burst, std::nullopt, at);
-    put(Where::toModule, burst, std::nullopt, at);
 }
 
 ByteArray FaultyLine::takeOutput(Micros now) {
     runModule(now);
     ByteArray arrived;
-    while (!gone_ && !toHost_.events.empty() && toHost_.events.front().at <= now) {
-        gone_ = toHost_.events.front().what == What::unplug;
+    for (auto& events = toHost_.events; !gone_ && !events.empty() && events.front().at <= now; events.pop_front()) {
+        gone_ = events.front().what == Kind::unplug;
         if (!gone_)
-            arrived.push_back(toHost_.events.front().byte);
-        toHost_.events.pop_front();
+            arrived.push_back(events.front().byte);
     }
     return arrived;
 }
@@ -80,106 +78,69 @@ void FaultyLine::put(Where where, int burst, std::optional<std::uint8_t> byte, M
     if (progress.burst != burst)
         progress = {burst};
     const bool isHeard = byte && (where != Where::echo || echoes_);
-    bool lost = !isHeard;
-    bool doubled = false;
-    Event sent{at, What::byte, byte.value_or(0), 0, burst};
+    int copies = isHeard ? 1 : 0;
+    Event sent{at, {}, byte.value_or(0), 0, burst};
     for (const Spoil& spoil : spoils_) {
-        const bool isHere = spoil.where == where && (spoil.burst == burst || spoil.burst == kEveryBurst) &&
-                            progress.offset >= spoil.offset && progress.offset - spoil.offset < spoil.length;
-        if (!isHere)
-            continue;
         const auto value = static_cast<std::uint8_t>(spoil.value);
-        switch (spoil.kind) {
-            case Kind::lose:
-                lost = true;
-                break;
-            case Kind::flip:
-                sent.byte ^= value;
-                break;
-            case Kind::set:
-                sent.byte = value;
-                break;
-            case Kind::doubled:
-                doubled = true;
-                break;
-            case Kind::repeat:
-                for (const std::uint8_t again : progress.sent)
-                    push(where, {at, What::byte, again, 0, burst});
-                break;
-            case Kind::late:
-                if (isHeard)
-                    sent.at += Micros{spoil.value} * 1000;
-                break;
-            case Kind::noise:
-                push(where, {at, What::byte, value, 0, burst});
-                break;
-            case Kind::reset:
-                push(Where::toModule, {at, What::reset, 0, spoil.value, burst});
-                lost = true;
-                if (where == Where::answer)
-                    silencedBurst_ = burst;
-                break;
-            case Kind::unplug:
-                push(where, {at, What::unplug, 0, 0, burst});
-                lost = true;
-                break;
-        }
+        const auto is = [&](Kind kind) { return spoil.kind == kind; };
+        if (spoil.where != where || (spoil.burst != burst && spoil.burst != kEveryBurst) ||
+            progress.offset < spoil.offset || progress.offset - spoil.offset >= spoil.length)
+            continue;
+        if (is(Kind::flip))
+            sent.byte ^= value;
+        if (is(Kind::set))
+            sent.byte = value;
+        if (is(Kind::late) && isHeard)
+            sent.at += Micros{spoil.value} * 1000;
+        if (is(Kind::noise))
+            push(where, {at, {}, value, 0, burst});
+        for (std::size_t i = 0; is(Kind::repeat) && i < progress.sent.size(); ++i)
+            push(where, {at, {}, progress.sent[i], 0, burst});
+        if (is(Kind::reset) && where == Where::answer)
+            silencedBurst_ = burst;
+        if (is(Kind::reset) || is(Kind::unplug))
+            push(is(Kind::reset) ? Where::toModule : where, {at, spoil.kind, 0, spoil.value, burst});
+        if (is(Kind::doubled))
+            copies = std::min(2, 2 * copies);
+        if (is(Kind::lose) || is(Kind::reset) || is(Kind::unplug))
+            copies = 0;
     }
-    for (int copies = lost ? 0 : doubled ? 2 : 1; copies > 0; --copies)
+    for (; copies > 0; --copies)
         push(where, sent);
     if (isHeard)
         progress.sent.push_back(sent.byte);
     ++progress.offset;
 }
 
-void FaultyLine::push(Where where, const Event& event) {
-    Track& track = trackOf(where);
-    Event sent = event;
-    sent.at = std::max(event.at, track.notBefore);
-    track.notBefore = sent.at;
-    track.events.push_back(sent);
-    if (where != Where::toModule && sent.what == What::byte)
-        arrivals_.push_back({sent.at, sent.byte});
+void FaultyLine::push(Where where, Event event) {
+    Track& track = where == Where::toModule ? toModule_ : toHost_;
+    event.at = track.notBefore = std::max(event.at, track.notBefore);
+    track.events.push_back(event);
+    if (where != Where::toModule && !event.what)
+        arrivals_.push_back({event.at, event.byte});
 }
 
 void FaultyLine::runModule(Micros now) {
     while (!gone_ && !toModule_.events.empty() && toModule_.events.front().at <= now) {
         const Event event = toModule_.events.front();
         toModule_.events.pop_front();
-        switch (event.what) {
-            case What::byte:
-                if (event.at >= deafUntil_) {
-                    module_.receive(std::span(&event.byte, 1), event.at);
-                    answer(event.burst, event.at);
-                }
-                break;
-            case What::reset:
-                restart(event.at, event.value);
-                break;
-            case What::unplug:
-                gone_ = true;
-                break;
+        gone_ = event.what == Kind::unplug;
+        if (event.what == Kind::reset) {
+            module_.state().powerOn();
+            deafUntil_ = event.at + Micros{event.value} * 1000;
+        }
+        if (event.what || event.at < deafUntil_)
+            continue;
+        module_.receive(std::span(&event.byte, 1), event.at);
+        const ByteArray answer = module_.takeOutput(event.at);
+        Micros at = event.at;
+        for (std::size_t i = 0; !answer.empty() && i <= answer.size(); ++i) {
+            const bool isByte = i < answer.size();
+            at = isByte ? nextCharacter(event.at) : at;
+            if (silencedBurst_ != event.burst)
+                put(Where::answer, event.burst, isByte ? std::optional(answer[i]) : std::nullopt, at);
         }
     }
-}
-
-void FaultyLine::answer(int burst, Micros heardAt) {
-    const ByteArray bytes = module_.takeOutput(heardAt);
-    if (bytes.empty())
-        return;
-    Micros at = heardAt;
-    for (const std::uint8_t byte : bytes) {
-        at = nextCharacter(heardAt);
-        if (silencedBurst_ != burst)
-            put(Where::answer, burst, byte, at);
-    }
-    if (silencedBurst_ != burst)
-        put(Where::answer, burst, std::nullopt, at);
-}
-
-void FaultyLine::restart(Micros at, int deafMs) {
-    module_.state().powerOn();
-    deafUntil_ = at + Micros{deafMs} * 1000;
 }
 
 }  // namespace opane::test::campaign

@@ -1,16 +1,12 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
-#include "shared/frame_byte.h"
-#include "simulator/simulated_module.h"
 #include "support/peer.h"
 
 namespace opane::test::campaign {
@@ -78,18 +74,17 @@ public:
     const std::vector<Arrival>& arrivals() const { return arrivals_; }
 
 private:
-    enum class What { byte, reset, unplug };
     struct Event {
         Micros at;
-        What what;
+        std::optional<Kind> what;  // reset or unplug, else the byte
         std::uint8_t byte;
         int value;
         int burst;
     };
-    /// One way over the wire.
+    /// One way over the wire, which keeps the order.
     struct Track {
         std::deque<Event> events{};
-        Micros notBefore = 0;  // the order is kept
+        Micros notBefore = 0;
     };
     /// How far a burst has come.
     struct Progress {
@@ -98,12 +93,9 @@ private:
         ByteArray sent{};
     };
 
-    Track& trackOf(Where where) { return where == Where::toModule ? toModule_ : toHost_; }
     void put(Where where, int burst, std::optional<std::uint8_t> byte, Micros at);
-    void push(Where where, const Event& event);
+    void push(Where where, Event event);
     void runModule(Micros now);
-    void answer(int burst, Micros heardAt);
-    void restart(Micros at, int deafMs);
     Micros nextCharacter(Micros from);
 
     simulator::SimulatedModule& module_;

@@ -38,24 +38,28 @@ std::string text(const ByteArray& bytes) {
     return result;
 }
 
+/// A frame as the log has it.
+std::string logged(const char* direction, const std::array<std::uint8_t, 7>& header) {
+    std::string result = std::string(direction) + " :";
+    for (std::size_t i = 0; i < header.size(); ++i) {
+        constexpr std::array kNames{"Mark", "Leng", "Node", "Aux1", "Aux2", "Type", "Cksm"};
+        char field[16];
+        std::snprintf(field, sizeof field, " %s:%X", kNames.at(i), static_cast<unsigned>(header[i]));
+        result += field;
+    }
+    return result;
+}
+
 /// The way of one exchange as the rules have it, on the bytes of the line.
 class Exchange {
 public:
     Exchange(const Request& request, const LinkBefore& before, const std::vector<FaultyLine::Arrival>& line,
              const Seen& seen)
-        : request_(request),
-          before_(before),
-          line_(line),
-          seen_(seen),
-          timeoutMs_(before.timeoutMs),
-          synchronized_(before.synchronized) {
+        : request_(request), before_(before), line_(line), seen_(seen) {
         earliest_ = latest_ = before.at;
-        frame_.reserve(request.length + std::size_t{7});
-        for (const int field :
-             {0xAA, int{request.length}, before.node, int{request.aux1}, int{request.aux2}, int{request.type}})
-            frame_.push_back(static_cast<std::uint8_t>(field));
-        for (std::size_t i = 0; i < request.length; ++i)
-            frame_.push_back(request.data[i]);
+        frame_ = {0xAA,         request.length, static_cast<std::uint8_t>(before.node),
+                  request.aux1, request.aux2,   request.type};
+        frame_.insert(frame_.end(), request.data.begin(), request.data.begin() + request.length);
         int sum = 0;
         for (std::size_t i = 1; i < frame_.size(); ++i)
             sum += frame_[i];
@@ -67,17 +71,15 @@ public:
             attempt();
         if (errors_ >= kErrorsThatEndIt)
             log("Retry = " + std::to_string(errors_) + ". Exit SendDataAndReceiveResponse without success");
-        require(nextWrite_ == seen_.writes.size(),
-                "it wrote " + std::to_string(seen_.writes.size()) + " times; expected " + std::to_string(nextWrite_));
-        requireRead(seen_.readSinceWrite);
+        requireSame(seen_.writes.size(), nextWrite_, "its writes");
+        requireSame(seen_.readSinceWrite, read_, "bytes read after the last write");
         requireTime(seen_.endedAt, "it ended");
-        require(seen_.result == good_,
-                good_ ? "a good answer came, but the result is false" : "no good answer came, but the result is true");
+        requireSame(seen_.result, good_, "the result");
         require(seen_.log == log_, "the log is wrong" + firstDifference());
-        require(seen_.info == info_.value_or(seen_.infoBefore),
-                "the info is " + text(seen_.info) + "; expected " + text(info_.value_or(seen_.infoBefore)));
-        require(seen_.timeoutMs == timeoutMs_, "Timeout is " + std::to_string(seen_.timeoutMs));
-        require(seen_.synchronized == synchronized_, "the synchronised flag is wrong");
+        const ByteArray& info = info_.value_or(seen_.infoBefore);
+        require(seen_.info == info, "the info is " + text(seen_.info) + "; expected " + text(info));
+        requireSame(seen_.timeoutMs, timeoutMs_, "Timeout");
+        requireSame(seen_.synchronized, synchronized_, "the synchronised flag");
     }
 
     /// After a raised error: the way up to there.
@@ -91,8 +93,7 @@ public:
 
 private:
     void attempt() {
-        bool ok = true;
-        log(line("SEND", frame_[0], frame_[1], frame_[2], frame_[3], frame_[4], frame_[5], frame_.back()));
+        log(logged("SEND", {frame_[0], frame_[1], frame_[2], frame_[3], frame_[4], frame_[5], frame_.back()}));
         ++sends_;
         write(frame_);
         if (before_.onBus)
@@ -101,45 +102,29 @@ private:
         bool whole = true;
         for (std::size_t i = 0; i < 6; ++i)
             whole &= read(answer_[i]);
-        if (!whole) {
-            trouble("Timeout, no Mark received");
-            resynchronise();
-            return;
-        }
+        if (!whole)
+            return resynchronise("Timeout, no Mark received");
+        const int errorsBefore = errors_;
         const int leng = answer_[1];
         const int type = answer_[5];
-        if (answer_[3] != 0 || answer_[4] != 0) {
-            trouble("Error return, AUX1 or AUX2 <> 0");
-            countError();
-            ok = false;
-        }
+        if (answer_[3] != 0 || answer_[4] != 0)
+            countError("Error return, AUX1 or AUX2 <> 0");
         info_ = ByteArray(leng == 0 ? 1 : static_cast<std::size_t>(leng), 0);
         for (int i = 0; i < leng; ++i) {
-            if (read((*info_)[static_cast<std::size_t>(i)]))
-                continue;
-            trouble("Timeout during INFO transmission");
-            countError();
-            ok = false;
-            break;
+            if (!read((*info_)[static_cast<std::size_t>(i)])) {
+                countError("Timeout during INFO transmission");
+                break;
+            }
         }
-        if (type == 0) {
-            trouble("Error, command erreur received");
-            resynchronise();
+        if (type == 0)
+            return resynchronise("Error, command erreur received");
+        if (type != request_.type)
+            countError("Error, Type of command received not expected");
+        if (errors_ > errorsBefore)
             return;
-        }
-        if (type != request_.type) {
-            trouble("Error, Type of command received not expected");
-            countError();
-            ok = false;
-        }
-        if (!ok)
-            return;
-        if (!read(answer_[6])) {
-            trouble("Timeout, Checksum not received");
-            countError();
-            return;
-        }
-        log(received());
+        if (!read(answer_[6]))
+            return countError("Timeout, Checksum not received");
+        log(logged("RCV", answer_));
         over_ = good_ = true;
     }
 
@@ -148,29 +133,27 @@ private:
         bool whole = true;
         for (std::uint8_t& byte : echo)
             whole &= read(byte);
-        for (int left = whole ? echo[1] + 1 : 0; left > 0; --left) {
-            std::uint8_t dropped = 0;
+        std::uint8_t dropped = 0;
+        for (int left = whole ? echo[1] + 1 : 0; left > 0; --left)
             read(dropped);
-        }
     }
 
-    void resynchronise() {
+    void resynchronise(const char* why) {
+        log(why);
+        log(logged("RCV", answer_));
         log("Try to resynchronize system");
         resynchronised_ = true;
         timeoutMs_ = kHandshakeMs;
-        synchronized_ = false;
         int failed = 0;
         while (failed < kMostHandshakes && !handshake())
             ++failed;
         timeoutMs_ = kTimeoutAfterwardsMs;
-        if (failed == kMostHandshakes) {
-            log("Resynchronize system FAILED");
-            over_ = true;
-            return;
-        }
-        synchronized_ = true;
+        synchronized_ = failed < kMostHandshakes;
+        over_ = !synchronized_;
+        if (over_)
+            return log("Resynchronize system FAILED");
         log("Resynchronize system OK after " + std::to_string(failed) + " times, Retry to send");
-        countError();
+        log("Retry = " + std::to_string(++errors_));
     }
 
     bool handshake() {
@@ -183,19 +166,19 @@ private:
 
     /// What was waiting is thrown away, then these bytes are written.
     void write(const ByteArray& bytes) {
-        require(nextWrite_ < seen_.writes.size(),
-                "it wrote " + std::to_string(nextWrite_) + " times and then not " + text(bytes) + "as expected");
+        require(nextWrite_ < seen_.writes.size(), "it did not write " + text(bytes));
         const HostWrite& written = seen_.writes[nextWrite_++];
+        const std::string number = std::to_string(nextWrite_);
         require(written.bytes == bytes, "it wrote " + text(written.bytes) + "; expected " + text(bytes));
-        requireTime(written.at, "write " + std::to_string(nextWrite_) + " was");
+        requireTime(written.at, "write " + number + " was");
         if (nextWrite_ > 1)
-            requireRead(written.readBefore);
+            requireSame(written.readBefore, read_, "bytes read before write " + number);
         // Everything that had come by then is gone, and nothing that came later.
         require(written.goneByBefore >= next_ || nextWrite_ == 1, "it read bytes that were not there");
         next_ = written.goneByBefore;
         require(next_ == 0 || line_[next_ - 1].at <= written.at, "it read bytes before they came");
         require(next_ == line_.size() || line_[next_].at > written.at - kBeforeAWrite,
-                "it did not empty the receive buffer before write " + std::to_string(nextWrite_));
+                "it did not empty the receive buffer before write " + number);
         read_ = 0;
         earliest_ = latest_ = written.at;
     }
@@ -222,9 +205,9 @@ private:
         return false;
     }
 
-    void requireRead(std::size_t read) const {
-        require(read == read_, "it read " + std::to_string(read) + " bytes after write " + std::to_string(nextWrite_) +
-                                   "; expected " + std::to_string(read_));
+    template <class Value>
+    static void requireSame(Value was, Value expected, const std::string& what) {
+        require(was == expected, what + ": " + std::to_string(was) + "; expected " + std::to_string(expected));
     }
 
     void requireTime(Micros at, const std::string& what) const {
@@ -233,41 +216,20 @@ private:
                     std::to_string(earliest_ - before_.at) + " to " + std::to_string(latest_ - before_.at));
     }
 
-    static std::string line(const char* direction, int mark, int leng, int node, int aux1, int aux2, int type,
-                            int cksm) {
-        std::string result = direction;
-        result += " :";
-        const std::array<const char*, 7> names{"Mark", "Leng", "Node", "Aux1", "Aux2", "Type", "Cksm"};
-        const std::array values{mark, leng, node, aux1, aux2, type, cksm};
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            char field[16];
-            std::snprintf(field, sizeof field, " %s:%X", names[i], static_cast<unsigned>(values[i]));
-            result += field;
-        }
-        return result;
-    }
-    std::string received() const {
-        return line("RCV", answer_[0], answer_[1], answer_[2], answer_[3], answer_[4], answer_[5], answer_[6]);
-    }
-
-    void trouble(const char* what) {
+    void countError(const char* what) {
         log(what);
-        log(received());
-    }
-    void countError() {
-        ++errors_;
-        log("Retry = " + std::to_string(errors_));
+        log(logged("RCV", answer_));
+        log("Retry = " + std::to_string(++errors_));
     }
     void log(const std::string& message) { log_.push_back(message); }
 
     std::string firstDifference() const {
-        for (std::size_t i = 0; i < std::max(log_.size(), seen_.log.size()); ++i) {
-            const std::string expected = i < log_.size() ? log_[i] : "nothing";
-            const std::string was = i < seen_.log.size() ? seen_.log[i] : "nothing";
-            if (was != expected)
-                return ", line " + std::to_string(i + 1) + ": \"" + was + "\"; expected \"" + expected + "\"";
-        }
-        return "";
+        const auto lineOf = [](const auto& lines, std::size_t i) { return i < lines.size() ? lines[i] : "nothing"; };
+        std::size_t i = 0;
+        while (i < log_.size() && i < seen_.log.size() && log_[i] == seen_.log[i])
+            ++i;
+        return ", line " + std::to_string(i + 1) + ": \"" + lineOf(seen_.log, i) + "\"; expected \"" + lineOf(log_, i) +
+               "\"";
     }
 
     const Request& request_;
@@ -275,8 +237,8 @@ private:
     const std::vector<FaultyLine::Arrival>& line_;
     const Seen& seen_;
     ByteArray frame_;
-    std::int32_t timeoutMs_;
-    bool synchronized_;
+    std::int32_t timeoutMs_ = before_.timeoutMs;
+    bool synchronized_ = before_.synchronized;
     Micros earliest_ = 0;  // when the next step begins, at the soonest and at the latest
     Micros latest_ = 0;
     std::size_t next_ = 0;       // of the line's bytes
@@ -298,29 +260,28 @@ Judgement judge(const Request& request, const LinkBefore& before, const std::vec
                 const Seen& seen) {
     constexpr int kDeviceVanished = 57;
     Exchange exchange(request, before, line, seen);
-    const auto judged = [&](Verdict verdict, const std::string& complaint = {}) {
-        return Judgement{verdict, complaint, exchange.resynchronised(), exchange.sends()};
-    };
+    Judgement judgement;
     try {
-        exchange.play();
-        if (seen.raised != 0)
-            return judged(Verdict::wrong, "error " + std::to_string(seen.raised) + " was raised for nothing");
-        return judged(Verdict::right);
+        bool isWhole = true;
+        try {
+            exchange.play();
+        } catch (const Wrong&) {
+            if (seen.raised != kDeviceVanished)
+                throw;
+            exchange.requireBeginning();
+            isWhole = false;  // the way ends where the error was raised
+        }
+        require(!isWhole || seen.raised == 0, "nothing was wrong");
     } catch (const Borderline&) {
-        return judged(Verdict::borderline);
+        judgement.verdict = Verdict::borderline;
     } catch (const Wrong& wrong) {
-        if (seen.raised == 0)
-            return judged(Verdict::wrong, wrong.complaint);
+        judgement.verdict = Verdict::wrong;
+        judgement.complaint =
+            (seen.raised == 0 ? "" : "error " + std::to_string(seen.raised) + " was raised; ") + wrong.complaint;
     }
-    // The way ends where the error was raised.
-    if (seen.raised != kDeviceVanished)
-        return judged(Verdict::wrong, "error " + std::to_string(seen.raised) + " was raised");
-    try {
-        exchange.requireBeginning();
-    } catch (const Wrong& wrong) {
-        return judged(Verdict::wrong, wrong.complaint);
-    }
-    return judged(Verdict::right);
+    judgement.resynchronised = exchange.resynchronised();
+    judgement.sends = exchange.sends();
+    return judgement;
 }
 
 }  // namespace opane::test::campaign

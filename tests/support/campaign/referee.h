@@ -1,12 +1,8 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "shared/frame_byte.h"
-#include "support/campaign/faulty_line.h"
 #include "support/campaign/watched_control.h"
 
 namespace opane::test::campaign {
@@ -51,7 +47,7 @@ enum class Verdict {
 
 struct Judgement {
     Verdict verdict = Verdict::right;
-    std::string complaint{};  ///< of a wrong one
+    std::string complaint{};  ///< empty: all was right
     bool resynchronised = false;
     std::size_t sends = 0;
 };

@@ -22,17 +22,14 @@ public:
     std::span<const std::uint8_t> Input() override {
         const auto bytes = ForwardingControl::Input();
         watched_.goneBy += bytes.size();
-        if (InputLen() != 0)
-            watched_.readSinceWrite += bytes.size();
+        watched_.readSinceWrite += InputLen() != 0 ? bytes.size() : 0;
         return bytes;
     }
-    void Output(std::span<const std::uint8_t> arrbytOutput) override {
-        HostWrite write{time_.micros,
-                        {arrbytOutput.begin(), arrbytOutput.end()},
-                        std::exchange(watched_.readSinceWrite, 0),
-                        watched_.goneBy};
-        ForwardingControl::Output(arrbytOutput);
-        watched_.writes.push_back(std::move(write));
+    void Output(std::span<const std::uint8_t> bytes) override {
+        const HostWrite write{time_.micros, {bytes.begin(), bytes.end()}, watched_.readSinceWrite, watched_.goneBy};
+        watched_.readSinceWrite = 0;
+        ForwardingControl::Output(bytes);
+        watched_.writes.push_back(write);
     }
 
 private:
@@ -52,67 +49,32 @@ private:
 };
 
 /// A pseudo-terminal whose bytes are waited for: the system carries them from end to end in its own time.
-class Terminal {
-public:
-    Terminal() { watchSlave(); }
-
-    const std::string& path() const { return terminal_.path(); }
-    bool isOpen() const { return terminal_.isOpen(); }
-    int hostBaudRate() const { return terminal_.hostBaudRate(); }
-
-    void vanish() {
-        slave_ = FileDescriptor();
-        terminal_.close();
-    }
-    void comeBack() {
-        terminal_.reopen();
-        watchSlave();
+struct Terminal {
+    /// Before the host takes the device for itself.
+    void watchSlave() {
+        slave = simulator::Descriptor(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+        if (slave.number() < 0)
+            throw std::runtime_error("cannot watch " + pty.path());
     }
 
     /// How many bytes the system holds for the host.
-    int waiting() const {
+    std::size_t waiting() const {
         int count = 0;
-        ::ioctl(slave_.get(), FIONREAD, &count);
-        return count;
+        ::ioctl(slave.number(), FIONREAD, &count);
+        return static_cast<std::size_t>(count);
     }
 
-    void toHost(std::span<const std::uint8_t> bytes) {
-        const int before = waiting();
-        terminal_.write(bytes);
-        until([&] { return waiting() == before + static_cast<int>(bytes.size()); });
-    }
-
-    /// What the host has written, that many bytes.
-    ByteArray fromHost(std::size_t count) {
-        ByteArray bytes;
-        until([&] {
-            const auto more = terminal_.read();
-            bytes.insert(bytes.end(), more.begin(), more.end());
-            return bytes.size() >= count;
-        });
-        return bytes;
-    }
-
-private:
-    // Before the host takes the device for itself.
-    void watchSlave() {
-        slave_ = FileDescriptor(::open(path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-        if (slave_.get() < 0)
-            throw std::runtime_error("cannot watch " + path());
-    }
     template <class Done>
-    void until(Done done) {
+    void until(Done done) const {
         using std::chrono::steady_clock;
-        const auto giveUp = steady_clock::now() + std::chrono::seconds(10);
-        while (!done()) {
+        for (const auto giveUp = steady_clock::now() + std::chrono::seconds(10); !done(); ::poll(nullptr, 0, 0)) {
             if (steady_clock::now() > giveUp)
-                throw std::runtime_error("the pseudo-terminal " + path() + " lost bytes");
-            ::poll(nullptr, 0, 0);
+                throw std::runtime_error("the pseudo-terminal " + pty.path() + " lost bytes");
         }
     }
 
-    simulator::PseudoTerminal terminal_;
-    FileDescriptor slave_;
+    simulator::PseudoTerminal pty;
+    simulator::Descriptor slave;
 };
 
 class TerminalControl final : public ForwardingControl {
@@ -123,7 +85,7 @@ public:
     void PortOpen(bool blnOpen) override {
         ForwardingControl::PortOpen(blnOpen);
         if (blnOpen)
-            line_.baudRate(terminal_.hostBaudRate());
+            line_.baudRate(terminal_.pty.hostBaudRate());
     }
     std::span<const std::uint8_t> Input() override {
         deliver();
@@ -132,30 +94,38 @@ public:
     void Output(std::span<const std::uint8_t> arrbytOutput) override {
         const Micros at = time_.micros;
         ForwardingControl::Output(arrbytOutput);
-        line_.receive(terminal_.fromHost(arrbytOutput.size()), at);
+        ByteArray heard;
+        terminal_.until([&] {
+            const auto more = terminal_.pty.read();
+            heard.insert(heard.end(), more.begin(), more.end());
+            return heard.size() >= arrbytOutput.size();
+        });
+        line_.receive(heard, at);
     }
     bool WaitForInput(std::int32_t limitMs) override {
         if (!deliver() && !ForwardingControl::WaitForInput(0) && terminal_.waiting() == 0) {
-            const auto next = line_.nextOutputAt();
             const Micros limit = time_.micros + Micros{limitMs} * 1000;
-            time_.micros = std::max(time_.micros, next ? std::min(*next, limit) : limit);
+            time_.micros = std::max(time_.micros, std::min(line_.nextOutputAt().value_or(limit), limit));
             if (!deliver())
                 return false;
         }
+        constexpr std::int32_t kRealWaitMs = 10'000;  // what is waited for is there
         return ForwardingControl::WaitForInput(kRealWaitMs);
     }
 
 private:
-    static constexpr std::int32_t kRealWaitMs = 10'000;  // what is waited for is there
-
     bool deliver() {
         if (line_.gone())
             return true;
         const ByteArray due = line_.takeOutput(time_.micros);
-        if (line_.gone())
-            terminal_.vanish();
-        else if (!due.empty())
-            terminal_.toHost(due);
+        if (line_.gone()) {
+            terminal_.slave = simulator::Descriptor();
+            terminal_.pty.close();
+        } else if (!due.empty()) {
+            const std::size_t all = terminal_.waiting() + due.size();
+            terminal_.pty.write(due);
+            terminal_.until([&] { return terminal_.waiting() == all; });
+        }
         return line_.gone() || !due.empty();
     }
 
@@ -166,11 +136,15 @@ private:
 
 class TerminalCarrier final : public Carrier {
 public:
+    TerminalCarrier() { terminal_.watchSlave(); }
     std::unique_ptr<SerialControl> control(FaultyLine& line, VirtualTime& time) override {
         return std::make_unique<TerminalControl>(terminal_, line, time);
     }
-    std::string device() const override { return terminal_.path(); }
-    void replug() override { terminal_.comeBack(); }
+    std::string device() const override { return terminal_.pty.path(); }
+    void replug() override {
+        terminal_.pty.reopen();
+        terminal_.watchSlave();
+    }
 
 private:
     Terminal terminal_;

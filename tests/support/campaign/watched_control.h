@@ -1,10 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <vector>
 
-#include "platform/serial_control.h"
 #include "support/campaign/faulty_line.h"
 #include "support/memory_serial_control.h"
 
@@ -27,10 +25,7 @@ struct Watched {
 /// Carries a faulty line's bytes to and from a host's serial control.
 class Carrier {
 public:
-    Carrier() = default;
     virtual ~Carrier() = default;
-    Carrier(const Carrier&) = delete;
-    Carrier& operator=(const Carrier&) = delete;
 
     /// The control that the host is to use, on this line. The line and the time outlive it.
     virtual std::unique_ptr<SerialControl> control(FaultyLine& line, VirtualTime& time) = 0;
