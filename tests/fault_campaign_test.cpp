@@ -1,36 +1,27 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/campaign/campaign.h"
 
 namespace opane::test::campaign {
 namespace {
 
-constexpr std::uint64_t kSeed = 20;
-
-struct Stretch {
-    const char* name;
-    std::unique_ptr<Carrier> (*carrier)();
-    std::size_t everyEnumerated;  // every how many of them
-    std::size_t drawn;
-};
-
-class FaultCampaign : public testing::TestWithParam<Stretch> {};
-
-TEST_P(FaultCampaign, FollowsTheRulesAndRecovers) {
-    const Stretch& stretch = GetParam();
-    const auto carrier = stretch.carrier();
+/// @param everyEnumerated  every how many of them
+void followsTheRulesAndRecovers(Carrier& carrier, std::size_t everyEnumerated, std::size_t drawn) {
+    constexpr std::uint64_t kSeed = 20;
     Tally tally;
-    const auto tryCase = [&](std::size_t number) {
+    const auto next = [everyEnumerated](std::size_t number) {
+        return number < enumeratedCases() ? std::min(number + everyEnumerated, enumeratedCases()) : number + 1;
+    };
+    for (std::size_t number = 0; number < enumeratedCases() + drawn && !testing::Test::HasFailure();
+         number = next(number)) {
         const Case tried = caseOf(kSeed, number);
-        const Outcome outcome = run(tried, *carrier);
+        const Outcome outcome = run(tried, carrier);
         tally.add(tried, outcome);
         EXPECT_EQ(outcome.complaint, "") << description(tried) << "\nagain: opane-campaign --seed " << kSeed
-                                         << " --case " << number << ", with --pty for " << stretch.name;
-    };
-    for (std::size_t number = 0; number < enumeratedCases() && !HasFailure(); number += stretch.everyEnumerated)
-        tryCase(number);
-    for (std::size_t i = 0; i < stretch.drawn && !HasFailure(); ++i)
-        tryCase(enumeratedCases() + i);
+                                         << " --case " << number << (carrier.device().empty() ? "" : " --pty");
+    }
     // The cases are of every sort, and the referee did judge them.
     EXPECT_GT(tally.good, tally.cases / 10);
     EXPECT_GT(tally.failed, tally.cases / 20);
@@ -38,10 +29,13 @@ TEST_P(FaultCampaign, FollowsTheRulesAndRecovers) {
     EXPECT_LT(tally.borderline, tally.cases / 50);
 }
 
-INSTANTIATE_TEST_SUITE_P(Carriers, FaultCampaign,
-                         testing::Values(Stretch{"in_memory", memoryCarrier, 29, 400},
-                                         Stretch{"on_a_pseudo_terminal", terminalCarrier, 151, 80}),
-                         [](const auto& row) { return std::string(row.param.name); });
+TEST(FaultCampaign, FollowsTheRulesAndRecoversInMemory) {
+    followsTheRulesAndRecovers(*memoryCarrier(), 29, 400);
+}
+
+TEST(FaultCampaign, FollowsTheRulesAndRecoversOnAPseudoTerminal) {
+    followsTheRulesAndRecovers(*terminalCarrier(), 151, 80);
+}
 
 }  // namespace
 }  // namespace opane::test::campaign

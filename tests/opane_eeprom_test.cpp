@@ -7,7 +7,12 @@
 namespace opane::test {
 namespace {
 
-TEST_F(OpaneCommands, ALongWriteIsSplit) {
+class OpaneEeprom : public OpaneCommands {
+protected:
+    const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
+};
+
+TEST_F(OpaneEeprom, ALongWriteIsSplit) {
     const std::string written = image(300);
     std::string digits;
     for (const char byte : written) {
@@ -19,8 +24,7 @@ TEST_F(OpaneCommands, ALongWriteIsSplit) {
     EXPECT_EQ(requests(), 6U) << "three blocks, each written and read back";
 }
 
-TEST_F(OpaneCommands, AnImageIsSavedVerifiedAndRestored) {
-    const std::string file = folder.write("image.bin", "an older file");
+TEST_F(OpaneEeprom, AnImageIsSavedVerifiedAndRestored) {
     for (const std::string option : {"", " --user"}) {
         const auto eeprom = [&](const std::string& command) { return run("eeprom " + command + option + " " + file); };
         set([](ModuleState& served) {
@@ -51,8 +55,7 @@ TEST_F(OpaneCommands, AnImageIsSavedVerifiedAndRestored) {
     }
 }
 
-TEST_F(OpaneCommands, ARestoreThatIsCutShortSaysWhatIsWritten) {
-    const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
+TEST_F(OpaneEeprom, ARestoreThatIsCutShortSaysWhatIsWritten) {
     fault({Fault::unplug, 1, 8 + 2});  // all blocks read, the first one written and read back
     const ProgramEnd end = opane({"eeprom", "restore", file, "--json"});
     EXPECT_EQ(end.status, 3);
@@ -64,8 +67,7 @@ TEST_F(OpaneCommands, ARestoreThatIsCutShortSaysWhatIsWritten) {
     EXPECT_EQ(content(state().systemEeprom), std::string(128, '\x11') + std::string(1024 - 128, '\xFF'));
 }
 
-TEST_F(OpaneCommands, ARestoreThatIsAskedToEndSaysWhatIsWritten) {
-    const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
+TEST_F(OpaneEeprom, ARestoreThatIsAskedToEndSaysWhatIsWritten) {
     fault({.fault = Fault::delay, .after = 8 + 2, .parameter = 60'000});  // the second block is heard and not confirmed
     RunningProgram program(opaneOn(module.devicePath(), {"eeprom", "restore", file, "--json"}));
     waitForRequests(8 + 2 + 1);
@@ -79,8 +81,7 @@ TEST_F(OpaneCommands, ARestoreThatIsAskedToEndSaysWhatIsWritten) {
     EXPECT_EQ(program.end(), 1);
 }
 
-TEST_F(OpaneCommands, ARefusedBlockEndsARestore) {
-    const std::string file = folder.write("image.bin", std::string(1024, '\x11'));
+TEST_F(OpaneEeprom, ARefusedBlockEndsARestore) {
     fault({Fault::aux, 5, 8 + 2 + 1});  // the second block is written but cannot be read back
     ProgramEnd end = opane({"eeprom", "restore", file});
     EXPECT_EQ(end.status, 1);
@@ -95,51 +96,36 @@ TEST_F(OpaneCommands, ARefusedBlockEndsARestore) {
     EXPECT_EQ(state().systemEeprom[256], 0xFF);
 }
 
-TEST_F(OpaneCommands, ASaveThatFailsKeepsTheOldFile) {
-    const std::string file = folder.write("image.bin", "the old file");
+TEST_F(OpaneEeprom, ASaveThatFailsKeepsTheOldFile) {
     fault({Fault::aux, 5, 3});
     EXPECT_EQ(opane({"eeprom", "save", file}).status, 1);
     fault({Fault::unplug, 1, 5});
     EXPECT_EQ(opane({"eeprom", "save", file}).status, 3);
-    EXPECT_EQ(contentOf(file), "the old file");
+    EXPECT_EQ(contentOf(file), std::string(1024, '\x11'));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "no half file";
 }
 
-/// A module that answers everything with a single info byte.
-class TerseModule {
-public:
-    std::string devicePath() const { return terminal_.path(); }
-
-private:
-    void serve(const std::stop_token& stop) {
-        simulator::WireReader reader;
-        while (!stop.stop_requested()) {
-            for (const std::uint8_t byte : terminal_.read()) {
+TEST_F(OpaneEeprom, AnswersThatAreTooShortAreFailures) {
+    // A module that answers everything with a single info byte.
+    simulator::PseudoTerminal terminal;
+    const std::jthread terse([&terminal](const std::stop_token& stop) {
+        for (simulator::WireReader reader; !stop.stop_requested(); std::this_thread::yield()) {
+            for (const std::uint8_t byte : terminal.read()) {
                 const auto heard = reader.hear(byte, 0, 9600);
                 if (heard && heard->kind == simulator::Heard::Kind::handshake)
-                    terminal_.write(std::vector<std::uint8_t>{0x18});  // of node 3
+                    terminal.write(std::vector<std::uint8_t>{0x18});  // of node 3
                 else if (heard)
-                    terminal_.write(simulator::wireBytes({3, 0, 0, heard->bytes[5], {0x41}}));
+                    terminal.write(simulator::wireBytes({3, 0, 0, heard->bytes[5], {0x41}}));
             }
-            std::this_thread::yield();
         }
-    }
-
-    simulator::PseudoTerminal terminal_;
-    std::jthread thread_{[this](const std::stop_token& stop) { serve(stop); }};
-};
-
-TEST(OpaneEeprom, AnswersThatAreTooShortAreFailures) {
-    const TerseModule terse;
-    const auto fails = [&terse](const std::string& line) {
-        const ProgramEnd end = runProgram(opaneOn(terse.devicePath(), wordsOf(line)));
+    });
+    const auto fails = [&terminal](const std::string& line) {
+        const ProgramEnd end = runProgram(opaneOn(terminal.path(), wordsOf(line)));
         EXPECT_EQ(end.status, 1) << line;
         return end;
     };
-    const TemporaryFolder folder;
-    const std::string file = folder.write("image.bin", "the old file");
     fails("eeprom save " + file);
-    EXPECT_EQ(contentOf(file), "the old file");
+    EXPECT_EQ(contentOf(file), std::string(1024, '\x11'));
     EXPECT_EQ(fails("eeprom dump --length 2 --json").output,
               "{\"command\":\"eeprom dump\",\"exit\":1,\"error\":\"0x000 to 0x001 of the system EEPROM could not be "
               "read: the module refused, did not answer or sent another number of bytes\",\"status\":1,"

@@ -53,13 +53,11 @@ ByteArray bytesOf(std::size_t count, std::uint8_t first) {
     return bytes;
 }
 
-/// An exchange that a module answers well, and how many bytes it answers.
-struct Sample {
+/// Exchanges that a module answers well, and how many bytes it answers.
+const struct {
     Request request;
     int answerBytes;
-};
-
-const Sample kSamples[]{
+} kSamples[]{
     {{0, 0, 0, 8, {}}, 18},                    // version "OPane V2.0"
     {{8, 2, 5, 3, bytesOf(8, 0xA5)}, 7},       // a block, whose data look like handshakes and marks
     {{0, 255, 0, 5, {}}, 7},                   // the frame
@@ -72,16 +70,14 @@ const Sample kSamples[]{
 };
 
 /// What is tried at every byte of one way.
-struct Fault {
+constexpr struct {
     Kind kind;
     int value;
     int length;
-};
-constexpr Fault kAtEveryByte[]{{Kind::lose, 0, 1},     {Kind::lose, 0, kRest}, {Kind::flip, 0x01, 1},
-                               {Kind::flip, 0x80, 1},  {Kind::flip, 0xFF, 1},  {Kind::set, 0x00, 1},
-                               {Kind::doubled, 0, 1},  {Kind::late, 600, 1},   {Kind::late, 1600, 1},
-                               {Kind::noise, 0x00, 1}, {Kind::noise, 0xAA, 1}, {Kind::repeat, 0, 1},
-                               {Kind::reset, 70, 1},   {Kind::reset, 1500, 1}, {Kind::unplug, 0, 1}};
+} kAtEveryByte[]{{Kind::lose, 0, 1},    {Kind::lose, 0, kRest}, {Kind::flip, 0x01, 1},  {Kind::flip, 0x80, 1},
+                 {Kind::flip, 0xFF, 1}, {Kind::set, 0x00, 1},   {Kind::doubled, 0, 1},  {Kind::late, 600, 1},
+                 {Kind::late, 1600, 1}, {Kind::noise, 0x00, 1}, {Kind::noise, 0xAA, 1}, {Kind::repeat, 0, 1},
+                 {Kind::reset, 70, 1},  {Kind::reset, 1500, 1}, {Kind::unplug, 0, 1}};
 
 /// What goes wrong in every answer, as a module that refuses or says nothing.
 constexpr Spoil kInEveryAnswer[]{
@@ -92,9 +88,11 @@ constexpr Spoil kInEveryAnswer[]{
     {Where::echo, Kind::lose, kEveryBurst, 0, 0, kRest},     {Where::echo, Kind::doubled, kEveryBurst, 0, 0, kRest},
     {Where::echo, Kind::flip, kEveryBurst, 1, 0x7F, 1}};
 
-std::vector<Case> enumerate() {
-    std::vector<Case> cases;
-    for (const Sample& sample : kSamples) {
+const std::vector<Case>& enumerated() {
+    static std::vector<Case> cases;
+    if (!cases.empty())
+        return cases;
+    for (const auto& sample : kSamples) {
         for (const bool onBus : {false, true}) {
             const auto add = [&](const Spoil& spoil) {
                 cases.push_back(
@@ -107,17 +105,12 @@ std::vector<Case> enumerate() {
                 {{Where::toModule, sent}, {Where::echo, onBus ? sent : 0}, {Where::answer, sample.answerBytes}}};
             for (const auto& [where, bytes] : ways) {
                 for (int offset = 0; offset <= bytes; ++offset) {
-                    for (const Fault& fault : kAtEveryByte)
+                    for (const auto& fault : kAtEveryByte)
                         add({where, fault.kind, 0, offset, fault.value, fault.length});
                 }
             }
         }
     }
-    return cases;
-}
-
-const std::vector<Case>& enumerated() {
-    static const std::vector<Case> cases = enumerate();
     return cases;
 }
 

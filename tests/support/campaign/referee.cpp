@@ -57,6 +57,7 @@ public:
              const Seen& seen)
         : request_(request), before_(before), line_(line), seen_(seen) {
         earliest_ = latest_ = before.at;
+        frame_.reserve(request.length + std::size_t{7});  // grown, it looks like an overrun to the compiler
         frame_ = {0xAA,         request.length, static_cast<std::uint8_t>(before.node),
                   request.aux1, request.aux2,   request.type};
         frame_.insert(frame_.end(), request.data.begin(), request.data.begin() + request.length);
@@ -88,13 +89,12 @@ public:
                 "the log up to the error is wrong" + firstDifference());
     }
 
-    bool resynchronised() const { return resynchronised_; }
-    std::size_t sends() const { return sends_; }
+    Judgement judgement;
 
 private:
     void attempt() {
         log(logged("SEND", {frame_[0], frame_[1], frame_[2], frame_[3], frame_[4], frame_[5], frame_.back()}));
-        ++sends_;
+        ++judgement.sends;
         write(frame_);
         if (before_.onBus)
             dropEcho();
@@ -142,7 +142,7 @@ private:
         log(why);
         log(logged("RCV", answer_));
         log("Try to resynchronize system");
-        resynchronised_ = true;
+        judgement.resynchronised = true;
         timeoutMs_ = kHandshakeMs;
         int failed = 0;
         while (failed < kMostHandshakes && !handshake())
@@ -249,8 +249,6 @@ private:
     int errors_ = 0;
     bool over_ = false;
     bool good_ = false;
-    bool resynchronised_ = false;
-    std::size_t sends_ = 0;
     std::vector<std::string> log_;
 };
 
@@ -260,7 +258,7 @@ Judgement judge(const Request& request, const LinkBefore& before, const std::vec
                 const Seen& seen) {
     constexpr int kDeviceVanished = 57;
     Exchange exchange(request, before, line, seen);
-    Judgement judgement;
+    Judgement& judgement = exchange.judgement;
     try {
         bool isWhole = true;
         try {
@@ -279,8 +277,6 @@ Judgement judge(const Request& request, const LinkBefore& before, const std::vec
         judgement.complaint =
             (seen.raised == 0 ? "" : "error " + std::to_string(seen.raised) + " was raised; ") + wrong.complaint;
     }
-    judgement.resynchronised = exchange.resynchronised();
-    judgement.sends = exchange.sends();
     return judgement;
 }
 
