@@ -20,8 +20,8 @@ class PublicClass : public testing::Test {
 protected:
     PublicClass() {
         EXPECT_EQ(synchronize(), 0);
-        threadGlobals()->gobjLog->LogLevel(2);
-        threadGlobals()->gobjLog->writer(std::make_unique<RecordingWriter>(log));
+        threadLog()->LogLevel(2);
+        threadLog()->writer(std::make_unique<RecordingWriter>(log));
     }
 
     std::int16_t synchronize(std::int16_t port = 1, std::int32_t rate = 9600, std::int16_t node = 3) {

@@ -30,7 +30,7 @@ TEST(PortSettings, ANewLinkOpensPort1At9600UntilASettingIsWritten) {
     EXPECT_EQ(bench.line.portEvents.back(), "open 2 19200,N,8,1") << "what was written last";
     link.CommPort(3);  // as good as a rate for writing both
     EXPECT_EQ(bench.line.portEvents.back(), "open 3 38400,N,8,1");
-    globals.gobjOPane.reset();
+    holder.adopt(std::shared_ptr<clsOPane>());
     EXPECT_EQ(bench.line.portEvents.back(), "close");
 }
 

@@ -96,11 +96,11 @@ TEST(Link, IsRefusedWhileAnotherRunHasItAndTakenOverFromAKilledOne) {
 
 /// The terminal's line mode, after it has been set when there is something to set.
 tcflag_t lineMode(const std::string& terminal, tcflag_t added = 0) {
-    const Descriptor slave(::open(terminal.c_str(), O_RDWR | O_NOCTTY));
+    const FileDescriptor slave(::open(terminal.c_str(), O_RDWR | O_NOCTTY));
     termios mode{};
-    EXPECT_EQ(::tcgetattr(slave.number(), &mode), 0);
+    EXPECT_EQ(::tcgetattr(slave.get(), &mode), 0);
     mode.c_lflag |= added;
-    EXPECT_EQ(::tcsetattr(slave.number(), TCSANOW, &mode), 0);
+    EXPECT_EQ(::tcsetattr(slave.get(), TCSANOW, &mode), 0);
     return mode.c_lflag & (ICANON | ECHO | ISIG);
 }
 

@@ -22,17 +22,17 @@ constexpr int kPatienceMs = 5000;  // what comes, comes at once; only a failure 
 
 FileDescriptor host(const std::string& path) {
     FileDescriptor device(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
-    EXPECT_GE(device.number(), 0) << path;
+    EXPECT_GE(device.get(), 0) << path;
     return device;
 }
 
 // What comes back, waited for; fewer bytes when the device has gone.
 Bytes told(const FileDescriptor& device, const Bytes& request, std::size_t count) {
-    EXPECT_EQ(::write(device.number(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
+    EXPECT_EQ(::write(device.get(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
     Bytes bytes;
-    pollfd source{device.number(), POLLIN, 0};
+    pollfd source{device.get(), POLLIN, 0};
     std::uint8_t byte = 0;
-    while (bytes.size() < count && ::poll(&source, 1, kPatienceMs) == 1 && ::read(device.number(), &byte, 1) == 1)
+    while (bytes.size() < count && ::poll(&source, 1, kPatienceMs) == 1 && ::read(device.get(), &byte, 1) == 1)
         bytes.push_back(byte);
     return bytes;
 }
@@ -41,7 +41,7 @@ TEST(Server, PassesEveryByteAndComesBackAfterAnUnplug) {
     const test::TemporaryFolder folder;
     ServedModule module({.bus = Bus::rs485, .pace = true}, folder / "module");
     {
-        const Descriptor device = host(folder / "module");
+        const FileDescriptor device = host(folder / "module");
         Frame request{3, 0, 0, 13, Bytes(128)};
         std::iota(request.data.begin(), request.data.begin() + 64, std::uint8_t{0});
         std::iota(request.data.begin() + 64, request.data.end(), std::uint8_t{192});
@@ -51,7 +51,7 @@ TEST(Server, PassesEveryByteAndComesBackAfterAnUnplug) {
         EXPECT_EQ(told(device, wireBytes(request), expected.size()), expected);
         module.withModule([](SimulatedModule& served) { served.fault({.fault = Fault::unplug}); });
         EXPECT_LT(told(device, {0xAA, 0, 3, 0, 0, 6, 0xF7}, 14).size(), 14U);
-        EXPECT_EQ(::tcflush(device.number(), TCIOFLUSH), -1) << "the device has gone";
+        EXPECT_EQ(::tcflush(device.get(), TCIOFLUSH), -1) << "the device has gone";
         EXPECT_FALSE(fs::is_symlink(folder / "module"));
     }
     module.withModule([](SimulatedModule& served) { served.replug(); });
@@ -66,9 +66,9 @@ TEST(Device, IsCleanAgainWhenItsLastHostHasGoneAndOnlyThen) {
         FileDescriptor other = another ? host(terminal.path()) : FileDescriptor();
         {
             const FileDescriptor killed = host(terminal.path());
-            ASSERT_EQ(::ioctl(killed.number(), TIOCEXCL), 0);
+            ASSERT_EQ(::ioctl(killed.get(), TIOCEXCL), 0);
             terminal.write(Bytes{1, 2, 3});
-            pollfd source{killed.number(), POLLIN, 0};
+            pollfd source{killed.get(), POLLIN, 0};
             ASSERT_EQ(::poll(&source, 1, kPatienceMs), 1);
         }
         terminal.noteLeavings();
@@ -76,7 +76,7 @@ TEST(Device, IsCleanAgainWhenItsLastHostHasGoneAndOnlyThen) {
             other = host(terminal.path());
         int unread = -1;
         int exclusive = -1;
-        EXPECT_EQ(::ioctl(other.number(), FIONREAD, &unread) + ::ioctl(other.number(), TIOCGEXCL, &exclusive), 0);
+        EXPECT_EQ(::ioctl(other.get(), FIONREAD, &unread) + ::ioctl(other.get(), TIOCGEXCL, &exclusive), 0);
         EXPECT_EQ(unread, another ? 3 : 0);
         EXPECT_EQ(exclusive, another ? 1 : 0);
     }

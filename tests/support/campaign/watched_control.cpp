@@ -52,15 +52,15 @@ private:
 struct Terminal {
     /// Before the host takes the device for itself.
     void watchSlave() {
-        slave = simulator::Descriptor(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-        if (slave.number() < 0)
+        slave = FileDescriptor(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+        if (slave.get() < 0)
             throw std::runtime_error("cannot watch " + pty.path());
     }
 
     /// How many bytes the system holds for the host.
     std::size_t waiting() const {
         int count = 0;
-        ::ioctl(slave.number(), FIONREAD, &count);
+        ::ioctl(slave.get(), FIONREAD, &count);
         return static_cast<std::size_t>(count);
     }
 
@@ -74,7 +74,7 @@ struct Terminal {
     }
 
     simulator::PseudoTerminal pty;
-    simulator::Descriptor slave;
+    FileDescriptor slave;
 };
 
 class TerminalControl final : public ForwardingControl {
@@ -119,7 +119,7 @@ private:
             return true;
         const ByteArray due = line_.takeOutput(time_.micros);
         if (line_.gone()) {
-            terminal_.slave = simulator::Descriptor();
+            terminal_.slave = FileDescriptor();
             terminal_.pty.close();
         } else if (!due.empty()) {
             const std::size_t all = terminal_.waiting() + due.size();
