@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <string>
 
 #include "forms/common_dialog.h"
 #include "opane/component_runtime.h"

@@ -2,9 +2,7 @@
 // follow. The call has its result, nothing is lost, and the next one works.
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <limits>
 #include <new>
 
@@ -131,7 +129,7 @@ TEST_F(OutOfMemory, IsAResultOfEveryCallOfAnObject) {
 }
 
 TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
-    const auto kept = create();  // holds the library, whose own memory is made once
+    auto kept = create();  // holds the library, whose own memory is made once
     exhaust("CoCreateInstance", S_OK, [&] {
         void* made = nullptr;
         const HRESULT result = create(IID_IUnknown, &made);
@@ -154,6 +152,10 @@ TEST_F(OutOfMemory, IsAResultOfCreatingAndRegistering) {
     const SharedLibrary library(OPANECOMMDLL_PROGRAM);
     for (const char* entry : {"DllUnregisterServer", "DllRegisterServer"})
         exhaust(entry, S_OK, [&] { return library.function<HRESULT()>(entry)(); });
+    kept.reset();
+    const long before = held;
+    EXPECT_NE(create(), nullptr);
+    EXPECT_EQ(held, before) << "what a thread's only object leaves";
 }
 
 }  // namespace

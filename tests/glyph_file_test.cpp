@@ -13,17 +13,10 @@
 namespace opane::test {
 namespace {
 
-/// A column's value, or the error that it raises as a negative number: -6 overflow, -13 type mismatch, -94 null.
-int columnOf(const GlyphFile& file, bool inverted) {
-    int value = 0;
-    const int raised = raisedNumber([&] { value = file.column('A', 3, inverted); });
-    return raised != 0 ? -raised : value;
-}
-
 struct Row {
     const char* name;
     ByteArray tagged;
-    int plain, inverted;
+    int plain, inverted;  // an error as a negative number: -6 overflow, -13 type mismatch, -94 null
 };
 
 class GlyphColumn : public testing::TestWithParam<Row> {};
@@ -31,8 +24,11 @@ class GlyphColumn : public testing::TestWithParam<Row> {};
 TEST_P(GlyphColumn, GivesAValueOrAnError) {
     const GlyphFile file = GlyphFile::parse(generator('A', kFirstColumn + 3, GetParam().tagged), "test");
     ASSERT_TRUE(file.has('A'));
-    EXPECT_EQ(columnOf(file, false), GetParam().plain);
-    EXPECT_EQ(columnOf(file, true), GetParam().inverted);
+    for (const bool inverted : {false, true}) {
+        int value = 0;
+        const int raised = raisedNumber([&] { value = file.column('A', 3, inverted); });
+        EXPECT_EQ(raised != 0 ? -raised : value, inverted ? GetParam().inverted : GetParam().plain);
+    }
 }
 
 /// A tagged value as it lies in the memory of a machine that is little-endian, as the file is.

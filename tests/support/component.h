@@ -69,14 +69,13 @@ public:
     explicit ThreadHost(std::string device) : device_(std::move(device)), before_(OpaneSetHost(&host_)) {}
     ~ThreadHost() { OpaneSetHost(before_); }
     ThreadHost(const ThreadHost&) = delete;
-    ThreadHost& operator=(const ThreadHost&) = delete;
 
     std::function<void()> events = [] {};  ///< what a pending event does
 
 private:
     static ThreadHost& from(void* context) { return *static_cast<ThreadHost*>(context); }
 
-    std::string device_;
+    const std::string device_;
     OpaneHost host_{this, [](void* context) { from(context).events(); }, nullptr, nullptr,
                     [](void* context, SHORT /*comPort*/) { return from(context).device_.c_str(); }};
     const OpaneHost* before_;

@@ -1,7 +1,6 @@
 ' Drives a module as a script host does: late bound, by name, results written into variables.
 ' usage: cscript //nologo automation.vbs GENERATOR BITMAP
-' A script host may say nothing of an error and exit with 0, so every result is printed, and a last line says that it
-' came that far.
+' A script host may say nothing of an error and exit with 0, so every result is printed, and that the end was reached.
 Option Explicit
 On Error Resume Next
 
