@@ -260,7 +260,7 @@ TEST_F(LateBound, HasTheNamesNumbersAndOrderOfTheTypeLibrary) {
     const auto numbers = captures(idl, R"(\[id\((0x\w+)\)\])"), methods = captures(idl, R"(HRESULT (\w+\([^;]*\);))");
     ASSERT_EQ(methods.size(), 8U);
     EXPECT_EQ(captures(idl, R"(HRESULT (\w+))"),
-              captures(contentOf(OPANE_SOURCE "/automation/component/OPaneCommDLL.h"), R"(STDMETHODCALLTYPE (\w+))"));
+              captures(contentOf(OPANE_SOURCE "/include/opane/OPaneCommDLL.h"), R"(STDMETHODCALLTYPE (\w+))"));
     for (std::size_t method = 0; method < methods.size(); ++method) {
         std::vector<std::u16string> words;  // the method's name and its parameters', in the other letter case
         for (const std::string& word : captures(methods[method], R"((\w+)(?=\(\[|,\s*\[|\);))")) {

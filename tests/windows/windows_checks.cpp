@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "automation/component/OPaneCommDLL.h"
+#include "opane/OPaneCommDLL.h"
 #include "platform/code_page.h"
 #include "platform/console.h"
 #include "platform/file.h"
