@@ -22,11 +22,11 @@ protected:
 
 TEST_F(DocumentedExamples, AllRunInOrder) {
     folder.write("picture.bmp", bitmap(120, 64));
-    setenv("OPANE_COMPONENT_REGISTRY", (folder / "components").c_str(), 1);
-    setenv("OPANE_COM1", module.devicePath().c_str(), 1);
     EXPECT_GE(examples.size(), 20U);
     for (const std::string& example : examples) {
-        const ProgramEnd end = runProgram({"sh", "-c", "cd \"$0\" && '" OPANE_PROGRAM "' " + example, folder.path()});
+        const ProgramEnd end = runProgram({"env", "OPANE_COM1=" + module.devicePath(),
+                                           "OPANE_COMPONENT_REGISTRY=" + (folder / "components"), "sh", "-c",
+                                           "cd \"$0\" && '" OPANE_PROGRAM "' " + example, folder.path()});
         EXPECT_EQ(end.status, 0) << example << "\n" << end.errors;
     }
 }
