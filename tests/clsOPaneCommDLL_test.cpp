@@ -229,8 +229,7 @@ TEST_F(PublicClass, AnAbsentOrBadGlyphSendsNothing) {
 }
 
 TEST_F(PublicClass, AFailedBlockGivesStatus1AndTheOthersAreSentAndRecorded) {
-    // The second of three blocks is refused all five times.
-    bench.module.fault({.fault = Fault::aux, .count = 5, .after = 1});
+    bench.module.fault({.fault = Fault::aux, .count = 5, .after = 1});  // the second of three blocks
     EXPECT_EQ(show("ABCD", 0, 0), 1);
     EXPECT_EQ(sent(), 1U + 5U + 1U);
     EXPECT_EQ(columnByte(8, 0), 0);

@@ -45,7 +45,6 @@ VARIANT variant(int type, Content content = {}) {
 inline VARIANT number(SHORT value) {
     return variant(VT_I2, value);
 }
-/// What a script passes for a variable of its own.
 inline VARIANT variable(VARIANT& held) {
     return variant(VT_BYREF | VT_VARIANT, &held);
 }
