@@ -4,7 +4,7 @@
 #include <string>
 
 #include "commands/command_run.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "platform/services.h"
 
 namespace opane {

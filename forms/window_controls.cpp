@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "platform/message_pump.h"
 #include "shared/runtime_error.h"
 

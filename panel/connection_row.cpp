@@ -1,7 +1,7 @@
 #include "link/connection.h"
 #include "panel/frmOPane.h"
 #include "panel/panel_texts.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 
 namespace opane {
 namespace {

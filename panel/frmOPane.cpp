@@ -2,7 +2,7 @@
 
 #include "log/clsLog.h"
 #include "panel/panel_texts.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "shared/runtime_error.h"
 #include "shared/screen_geometry.h"
 

@@ -3,7 +3,7 @@
 #include "panel/frmOPane.h"
 #include "panel/number_text.h"
 #include "panel/panel_texts.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 
 namespace opane {
 namespace {

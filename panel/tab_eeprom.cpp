@@ -7,8 +7,8 @@
 #include "panel/frmOPane.h"
 #include "panel/number_text.h"
 #include "panel/panel_texts.h"
+#include "platform/dialogs.h"
 #include "platform/file.h"
-#include "platform/message_box.h"
 #include "platform/whole_file.h"
 
 namespace opane {

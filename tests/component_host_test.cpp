@@ -8,7 +8,7 @@
 
 #include "forms/common_dialog.h"
 #include "opane/component_runtime.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "platform/serial_control.h"
 
 namespace opane::component {

@@ -2,7 +2,7 @@
 
 #include "forms/common_dialog.h"
 #include "platform/code_page.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "platform/services.h"
 #include "shared/utf8.h"
 

@@ -3,7 +3,7 @@
 #include <climits>
 
 #include "opane/component_runtime.h"
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 #include "platform/serial_control.h"
 
 namespace opane::component {

@@ -1,4 +1,4 @@
-#include "platform/message_box.h"
+#include "platform/dialogs.h"
 
 #include <cstdio>
 
@@ -11,6 +11,11 @@ MessageBoxAnswer showMessageBox(const std::string& text, const std::string& titl
         return handler(text, title, buttons);
     std::fprintf(stderr, "%s\n%s\n", title.c_str(), text.c_str());
     return MessageBoxAnswer::ok;
+}
+
+std::optional<std::string> showFileDialog(const FileDialogRequest& request) {
+    const auto handler = services().fileDialog;
+    return handler ? handler(request) : std::nullopt;
 }
 
 }  // namespace opane

@@ -1,9 +1,9 @@
-#include "platform/file_dialog.h"
+#include "platform/dialogs.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "platform/services.h"
-#include "platform/windows/desktop.h"
 #include "platform/windows/system_text.h"
 // After windows.h, which it needs.
 #include <commdlg.h>
@@ -12,6 +12,13 @@ namespace opane {
 namespace {
 
 constexpr std::size_t kLongestPath = 32768;  // UTF-16 units, the system's own limit
+
+/// Whether somebody can see and answer a window of this process: not in a service, for instance.
+bool hasVisibleDesktop() {
+    USEROBJECTFLAGS flags{};
+    return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags, nullptr) != 0 &&
+           (flags.dwFlags & WSF_VISIBLE) != 0;
+}
 
 /// "description|pattern" as the system takes it: each part ended by a zero, and all by one more.
 std::wstring systemFilter(const std::string& filter) {
@@ -26,6 +33,18 @@ std::wstring nameOnly(const std::string& path) {
 }
 
 }  // namespace
+
+MessageBoxAnswer showMessageBox(const std::string& text, const std::string& title, MessageBoxButtons buttons) {
+    if (const auto handler = services().messageBox)
+        return handler(text, title, buttons);
+    const int pressed = hasVisibleDesktop()
+                            ? MessageBoxW(GetActiveWindow(), wideText(text).c_str(), wideText(title).c_str(),
+                                          buttons == MessageBoxButtons::ok ? MB_OK : MB_OKCANCEL)
+                            : 0;
+    if (pressed <= 0)  // it could not be shown
+        std::fprintf(stderr, "%s\n%s\n", title.c_str(), text.c_str());
+    return pressed == IDCANCEL ? MessageBoxAnswer::cancel : MessageBoxAnswer::ok;
+}
 
 std::optional<std::string> showFileDialog(const FileDialogRequest& request) {
     if (const auto handler = services().fileDialog)
