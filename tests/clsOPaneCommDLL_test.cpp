@@ -59,14 +59,15 @@ TEST_F(PublicClass, SynchronizeReopensAtItsRateAndWritesThePortOnlyWhenItDiffers
     bench.module.state().baudRate = 19200;
     EXPECT_EQ(synchronize(1, 19200), 0);
     EXPECT_EQ(synchronize(2, 19200), 0);
-    EXPECT_EQ(
-        bench.line.portEvents,
-        (Lines{"open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close", "open 1 19200,N,8,1",  // created, first
-               "close", "open 1 19200,N,8,1", "close", "open 2 19200,N,8,1"}));                   // rate, then port
+    EXPECT_EQ(bench.line.portEvents,  // made, then each Synchronize: its rate before its port
+              (Lines{"open 1 9600,N,8,1", "close", "open 1 9600,N,8,1", "close", "open 1 19200,N,8,1", "close",
+                     "open 1 19200,N,8,1", "close", "open 2 19200,N,8,1"}));
     const auto link = threadLink();
     EXPECT_EQ(link->Timeout(), 1000);
-    const clsOPaneCommDLL second;
+    auto second = std::make_unique<clsOPaneCommDLL>();
     EXPECT_NE(threadLink(), link) << "the second one's is the thread's";
+    second.reset();
+    EXPECT_EQ(raisedNumber([] { threadLink(); }), 91);
 }
 
 TEST_F(PublicClass, SynchronizeSaysWhatIsWrongAndTheNextOneWorks) {
