@@ -9,6 +9,7 @@
 #include <exception>
 #include <fstream>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -38,7 +39,7 @@ std::variant<Options, opane::tools::Exit> readOptions(int argc, char** argv) {
         "opane-campaign");
     app.footer("Exit status: 0 all was right, 1 something was not, 2 wrong usage or no pseudo-terminal.");
     const auto anyNumber = opane::tools::number(0, std::numeric_limits<std::int64_t>::max());
-    const std::string same = std::to_string(enumeratedCases());
+    const std::string same = std::to_string(enumeratedCases().size());
     app.add_option("--seed", options.seed,
                    "what is drawn (1); the first " + same + " cases are the same for every seed")
         ->transform(anyNumber)
@@ -65,14 +66,14 @@ std::size_t residentKiB() {
 }
 
 /// Runs a case; prints what was wrong and how to see it again.
-bool isRight(const Options& options, std::size_t number, Carrier& carrier, Tally& tally) {
+bool isRight(const Options& options, std::size_t number, opane::simulator::PseudoTerminal* terminal, Tally& tally) {
     const Case tried = caseOf(options.seed, number);
-    const Outcome outcome = run(tried, carrier);
-    tally.add(tried, outcome);
+    const Judgement outcome = run(tried, terminal);
+    tally.add(outcome);
     if (options.onlyCase)
         std::printf("%s\n%s after %zu sends%s\n", description(tried).c_str(),
                     outcome.raised ? "error" : (outcome.result ? "true" : "false"), outcome.sends,
-                    outcome.verdict == Verdict::borderline ? " (borderline, not judged)" : "");
+                    outcome.borderline ? " (borderline, not judged)" : "");
     if (!outcome.complaint.empty())
         std::printf("WRONG: %s\n  %s\n  again: opane-campaign --seed %llu --case %zu%s\n", outcome.complaint.c_str(),
                     description(tried).c_str(), static_cast<unsigned long long>(options.seed), number,
@@ -81,10 +82,10 @@ bool isRight(const Options& options, std::size_t number, Carrier& carrier, Tally
 }
 
 int campaign(const Options& options) {
-    const auto carrier = options.onTerminal ? terminalCarrier() : memoryCarrier();
+    const auto terminal = options.onTerminal ? std::make_unique<opane::simulator::PseudoTerminal>() : nullptr;
     Tally tally;
     if (options.onlyCase)
-        return isRight(options, *options.onlyCase, *carrier, tally) ? 0 : 1;
+        return isRight(options, *options.onlyCase, terminal.get(), tally) ? 0 : 1;
 
     std::printf("seed %llu, %s\n", static_cast<unsigned long long>(options.seed),
                 options.onTerminal ? "on a pseudo-terminal" : "in memory");
@@ -92,22 +93,19 @@ int campaign(const Options& options) {
     std::size_t wrong = 0;
     std::size_t residentBefore = residentKiB();
     for (std::size_t number = 0; number < options.cases && wrong < kMostComplaints; ++number) {
-        wrong += isRight(options, number, *carrier, tally) ? 0 : 1;
+        wrong += isRight(options, number, terminal.get(), tally) ? 0 : 1;
         if (number == options.cases / 10)
             residentBefore = residentKiB();
     }
     const std::size_t growth = residentKiB() - std::min(residentKiB(), residentBefore);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
-    std::printf("%zu cases, %zu exchanges, %zu sends in %.1f s\n", tally.cases, tally.exchanges, tally.sends, seconds);
+    std::printf("%zu cases, %zu exchanges, %zu sends in %.1f s\n", tally.cases, 2 * tally.cases, tally.sends, seconds);
     std::printf("true %zu, false %zu, error raised %zu; resynchronised %zu; borderline %zu; wrong %zu\n", tally.good,
                 tally.failed, tally.raised, tally.resynchronised, tally.borderline, wrong);
-    for (std::size_t kind = 0; kind < tally.byKind.size(); ++kind)
-        std::printf("%s%s %zu", kind == 0 ? "cases with " : ", ", kindName(static_cast<Kind>(kind)).c_str(),
-                    tally.byKind[kind]);
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    std::printf("\nmemory: at most %ld KiB, grown by %zu KiB after the first tenth\n", usage.ru_maxrss, growth);
+    std::printf("memory: at most %ld KiB, grown by %zu KiB after the first tenth\n", usage.ru_maxrss, growth);
 
     const bool grew = growth > kMostGrowthKiB;
     const bool unsure = static_cast<double>(tally.borderline) > kMostBorderline * static_cast<double>(tally.cases);

@@ -7,12 +7,7 @@
 #include <deque>
 
 #include "fuzz_input.h"
-#include "link/clsOPane.h"
-#include "platform/services.h"
 #include "require.h"
-#include "shared/mdlConstantes.h"
-#include "support/bench.h"
-#include "support/campaign/bounds.h"
 #include "support/campaign/referee.h"
 
 namespace opane::fuzz {
@@ -41,7 +36,7 @@ public:
         return next_ < arrivals.size() ? std::optional(arrivals[next_].at) : std::nullopt;
     }
 
-    std::vector<FaultyLine::Arrival> arrivals;
+    std::vector<Arrival> arrivals;
 
 private:
     Input& input_;
@@ -55,44 +50,13 @@ void tryExchange(Input input) {
     request.length = input.byte();
     request.data = ByteArray(request.length, 0x33);
     constexpr std::array<std::int32_t, 4> kTimeouts{1000, 100, 0, 2500};
+    const bool onBus = (flags & 1) != 0;
 
     AnyPeer peer(input);
-    VirtualTime time;
-    MemoryLine line{time, &peer};
-    Watched watched;
-    std::vector<std::string> log;
-    ServicesScope services;
-    services->tickCounter = &time;
-    services->calendar = [] { return std::tm{}; };
-    services->makeSerialControl = [&] {
-        return watchedControl(std::make_unique<MemorySerialControl>(line), time, watched);
-    };
-    GlobalsHolder holder;
-    holder.adopt(clsOPane::create());
-    holder.adopt(std::make_shared<clsLog>());
-    threadLog()->LogLevel(3);
-    threadLog()->writer(std::make_unique<RecordingWriter>(log));
-    clsOPane& link = *holder.link();
-    link.Initialize();
-    link.CommunicationType((flags & 1) != 0 ? "RS485" : "RS232");
-    link.Timeout(kTimeouts.at((flags >> 1) & 3U));
-
-    const LinkBefore before{(flags & 1) != 0, 3, link.Timeout(), time.micros, false};
-    Seen seen;
-    seen.infoBefore = {1, 2, 3};
-    seen.info = seen.infoBefore;
-    seen.result = link.SendDataAndReceiveResponse(request.length, 0, 0, request.type, request.data, seen.info);
-    seen.timeoutMs = link.Timeout();
-    seen.synchronized = link.IsSynchronized();
-    seen.endedAt = time.micros;
-    seen.log = log;
-    seen.writes = watched.writes;
-    seen.readSinceWrite = watched.readSinceWrite;
-    seen.goneBy = watched.goneBy;
-    const Judgement judgement = judge(request, before, peer.arrivals, seen);
-    require(judgement.verdict != Verdict::wrong, judgement.complaint);
-    require(time.since(before.at) <= static_cast<double>(longestExchange(before.timeoutMs, before.onBus)),
-            "it took too long");
+    WatchedLink host(peer, {onBus, 3, kTimeouts.at((flags >> 1) & 3U)});
+    const LinkBefore before{onBus, 3, host.link().Timeout(), host.time.micros, false};
+    const Judgement judgement = judge(request, before, peer.arrivals, host.exchange(request, {1, 2, 3}));
+    require(judgement.complaint.empty(), judgement.complaint);
 }
 
 }  // namespace

@@ -7,20 +7,19 @@
 namespace opane::test::campaign {
 namespace {
 
-/// @param everyEnumerated  every how many of them
-void followsTheRulesAndRecovers(Carrier& carrier, std::size_t everyEnumerated, std::size_t drawn) {
-    constexpr std::uint64_t kSeed = 20;
+constexpr std::uint64_t kSeed = 20;
+
+/// Tries every so-many-th of the enumerated cases, and that many drawn ones.
+void tryCases(simulator::PseudoTerminal* terminal, std::size_t everyEnumerated, std::size_t drawn) {
     Tally tally;
-    const auto next = [everyEnumerated](std::size_t number) {
-        return number < enumeratedCases() ? std::min(number + everyEnumerated, enumeratedCases()) : number + 1;
-    };
-    for (std::size_t number = 0; number < enumeratedCases() + drawn && !testing::Test::HasFailure();
-         number = next(number)) {
+    const std::size_t enumerated = enumeratedCases().size();
+    for (std::size_t number = 0; number < enumerated + drawn && !testing::Test::HasFailure();
+         number = number < enumerated ? std::min(number + everyEnumerated, enumerated) : number + 1) {
         const Case tried = caseOf(kSeed, number);
-        const Outcome outcome = run(tried, carrier);
-        tally.add(tried, outcome);
+        const Judgement outcome = run(tried, terminal);
+        tally.add(outcome);
         EXPECT_EQ(outcome.complaint, "") << description(tried) << "\nagain: opane-campaign --seed " << kSeed
-                                         << " --case " << number << (carrier.device().empty() ? "" : " --pty");
+                                         << " --case " << number << (terminal != nullptr ? " --pty" : "");
     }
     // The cases are of every sort, and the referee did judge them.
     EXPECT_GT(tally.good, tally.cases / 10);
@@ -30,11 +29,12 @@ void followsTheRulesAndRecovers(Carrier& carrier, std::size_t everyEnumerated, s
 }
 
 TEST(FaultCampaign, FollowsTheRulesAndRecoversInMemory) {
-    followsTheRulesAndRecovers(*memoryCarrier(), 29, 400);
+    tryCases(nullptr, 29, 400);
 }
 
 TEST(FaultCampaign, FollowsTheRulesAndRecoversOnAPseudoTerminal) {
-    followsTheRulesAndRecovers(*terminalCarrier(), 151, 80);
+    simulator::PseudoTerminal terminal;
+    tryCases(&terminal, 151, 80);
 }
 
 }  // namespace

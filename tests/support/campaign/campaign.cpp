@@ -1,16 +1,8 @@
 #include "support/campaign/campaign.h"
 
 #include <algorithm>
-#include <iterator>
-#include <memory>
 #include <sstream>
-
-#include "link/clsOPane.h"
-#include "platform/services.h"
-#include "shared/mdlConstantes.h"
-#include "shared/runtime_error.h"
-#include "support/bench.h"
-#include "support/campaign/bounds.h"
+#include <utility>
 
 namespace opane::test::campaign {
 namespace {
@@ -39,7 +31,7 @@ public:
 
     template <class Values>
     auto of(const Values& values) {
-        return *std::next(std::begin(values), below(static_cast<int>(std::size(values))));
+        return values[static_cast<std::size_t>(below(static_cast<int>(values.size())))];
     }
 
 private:
@@ -53,11 +45,8 @@ ByteArray bytesOf(std::size_t count, std::uint8_t first) {
     return bytes;
 }
 
-/// Exchanges that a module answers well, and how many bytes it answers.
-const struct {
-    Request request;
-    int answerBytes;
-} kSamples[]{
+/// An exchange that a module answers well, and how many bytes it answers.
+const std::vector<std::pair<Request, int>> kSamples{
     {{0, 0, 0, 8, {}}, 18},                    // version "OPane V2.0"
     {{8, 2, 5, 3, bytesOf(8, 0xA5)}, 7},       // a block, whose data look like handshakes and marks
     {{0, 255, 0, 5, {}}, 7},                   // the frame
@@ -69,54 +58,24 @@ const struct {
     {{128, 0, 1, 33, bytesOf(128, 0xAA)}, 7},  // and their writing
 };
 
-/// What is tried at every byte of one way.
-constexpr struct {
-    Kind kind;
-    int value;
-    int length;
-} kAtEveryByte[]{{Kind::lose, 0, 1},    {Kind::lose, 0, kRest}, {Kind::flip, 0x01, 1},  {Kind::flip, 0x80, 1},
-                 {Kind::flip, 0xFF, 1}, {Kind::set, 0x00, 1},   {Kind::doubled, 0, 1},  {Kind::late, 600, 1},
-                 {Kind::late, 1600, 1}, {Kind::noise, 0x00, 1}, {Kind::noise, 0xAA, 1}, {Kind::repeat, 0, 1},
-                 {Kind::reset, 70, 1},  {Kind::reset, 1500, 1}, {Kind::unplug, 0, 1}};
+/// What is tried at every byte of each way.
+constexpr Spoil kAtEveryByte[]{{Kind::lose, 0},    {Kind::lose, 0, kRest}, {Kind::flip, 0x01},  {Kind::flip, 0x80},
+                               {Kind::flip, 0xFF}, {Kind::set, 0x00},      {Kind::doubled, 0},  {Kind::late, 600},
+                               {Kind::late, 1600}, {Kind::noise, 0x00},    {Kind::noise, 0xAA}, {Kind::repeat, 0},
+                               {Kind::reset, 70},  {Kind::reset, 1500},    {Kind::unplug, 0}};
 
 /// What goes wrong in every answer, as a module that refuses or says nothing.
 constexpr Spoil kInEveryAnswer[]{
-    {Where::answer, Kind::set, kEveryBurst, 3, 1, 1},        {Where::answer, Kind::set, kEveryBurst, 4, 255, 1},
-    {Where::answer, Kind::set, kEveryBurst, 5, 0, 1},        {Where::answer, Kind::flip, kEveryBurst, 5, 1, 1},
-    {Where::answer, Kind::lose, kEveryBurst, 6, 0, kRest},   {Where::answer, Kind::lose, kEveryBurst, 0, 0, kRest},
-    {Where::toModule, Kind::lose, kEveryBurst, 0, 0, kRest}, {Where::answer, Kind::doubled, kEveryBurst, 0, 0, kRest},
-    {Where::echo, Kind::lose, kEveryBurst, 0, 0, kRest},     {Where::echo, Kind::doubled, kEveryBurst, 0, 0, kRest},
-    {Where::echo, Kind::flip, kEveryBurst, 1, 0x7F, 1}};
-
-const std::vector<Case>& enumerated() {
-    static std::vector<Case> cases;
-    if (!cases.empty())
-        return cases;
-    for (const auto& sample : kSamples) {
-        for (const bool onBus : {false, true}) {
-            const auto add = [&](const Spoil& spoil) {
-                cases.push_back(
-                    {.request = sample.request, .onBus = onBus, .paced = cases.size() % 2 == 1, .spoils = {spoil}});
-            };
-            for (const Spoil& spoil : kInEveryAnswer)
-                add(spoil);
-            const int sent = sample.request.length + 7;
-            const std::array<std::pair<Where, int>, 3> ways{
-                {{Where::toModule, sent}, {Where::echo, onBus ? sent : 0}, {Where::answer, sample.answerBytes}}};
-            for (const auto& [where, bytes] : ways) {
-                for (int offset = 0; offset <= bytes; ++offset) {
-                    for (const auto& fault : kAtEveryByte)
-                        add({where, fault.kind, 0, offset, fault.value, fault.length});
-                }
-            }
-        }
-    }
-    return cases;
-}
+    {Kind::set, 1, 1, Where::answer, 3, kEveryBurst},        {Kind::set, 255, 1, Where::answer, 4, kEveryBurst},
+    {Kind::set, 0, 1, Where::answer, 5, kEveryBurst},        {Kind::flip, 1, 1, Where::answer, 5, kEveryBurst},
+    {Kind::lose, 0, kRest, Where::answer, 6, kEveryBurst},   {Kind::lose, 0, kRest, Where::answer, 0, kEveryBurst},
+    {Kind::lose, 0, kRest, Where::toModule, 0, kEveryBurst}, {Kind::doubled, 0, kRest, Where::answer, 0, kEveryBurst},
+    {Kind::lose, 0, kRest, Where::echo, 0, kEveryBurst},     {Kind::doubled, 0, kRest, Where::echo, 0, kEveryBurst},
+    {Kind::flip, 0x7F, 1, Where::echo, 1, kEveryBurst}};
 
 Request drawnRequest(Dice& dice) {
     if (!dice.oneIn(3))
-        return dice.of(kSamples).request;
+        return dice.of(kSamples).first;
     Request request;
     request.length = dice.oneIn(4) ? dice.byte() : static_cast<std::uint8_t>(dice.below(12));
     request.aux1 = dice.oneIn(2) ? 0 : dice.byte();
@@ -127,25 +86,24 @@ Request drawnRequest(Dice& dice) {
     return request;
 }
 
-Spoil drawnSpoil(Dice& dice, const Case& tried) {
-    constexpr std::array kWheres{Where::toModule, Where::echo, Where::answer, Where::answer};
+Spoil drawnSpoil(Dice& dice, int requestBytes, std::int32_t timeoutMs) {
     Spoil spoil;
-    spoil.where = dice.of(kWheres);
+    spoil.where = dice.of(std::array{Where::toModule, Where::echo, Where::answer, Where::answer});
     spoil.kind = static_cast<Kind>(dice.below(static_cast<int>(kKindNames.size())));
     spoil.burst = dice.oneIn(5) ? kEveryBurst : dice.oneIn(2) ? 0 : dice.below(8);
-    const int bytes = spoil.where == Where::answer ? 24 : tried.request.length + 8;
+    const int bytes = spoil.where == Where::answer ? 24 : requestBytes + 1;
     spoil.offset = dice.oneIn(2) ? dice.below(8) : dice.below(bytes);
-    const auto is = [&](auto... kinds) { return ((spoil.kind == kinds) || ...); };
-    if (is(Kind::flip))
+    if (spoil.kind == Kind::flip)
         spoil.value = 1 << dice.below(8);
-    if (is(Kind::set, Kind::noise))
+    else if (spoil.kind == Kind::set || spoil.kind == Kind::noise)
         spoil.value = dice.byte();
-    if (is(Kind::late))
-        spoil.value = dice.between(1, std::max(1, dice.oneIn(2) ? tried.timeoutMs / 2 : 3 * tried.timeoutMs));
-    if (is(Kind::reset))
+    else if (spoil.kind == Kind::late)
+        spoil.value = dice.between(1, std::max(1, dice.oneIn(2) ? timeoutMs / 2 : 3 * timeoutMs));
+    else if (spoil.kind == Kind::reset)
         spoil.value = dice.between(60, 2000);
-    if (!is(Kind::reset, Kind::unplug, Kind::repeat) && dice.oneIn(4))
-        spoil.length = dice.oneIn(2) && !is(Kind::late) ? kRest : dice.between(2, 5);
+    const bool oneByteOnly = spoil.kind == Kind::reset || spoil.kind == Kind::unplug || spoil.kind == Kind::repeat;
+    if (!oneByteOnly && dice.oneIn(4))
+        spoil.length = dice.oneIn(2) && spoil.kind != Kind::late ? kRest : dice.between(2, 5);
     return spoil;
 }
 
@@ -155,170 +113,120 @@ Case drawn(std::uint64_t seed, std::size_t number) {
     Dice dice(seed, number);
     Case tried;
     tried.request = drawnRequest(dice);
-    tried.onBus = dice.oneIn(2);
-    tried.node = dice.below(4);
+    LinkBefore& before = tried.before;
+    before.onBus = dice.oneIn(2);
+    before.node = dice.below(4);
     tried.baudRate = dice.oneIn(2) ? 9600 : dice.of(kRates);
     tried.paced = dice.oneIn(2);
-    tried.timeoutMs = dice.of(kTimeouts);
+    before.timeoutMs = dice.of(kTimeouts);
     // Some clocks wrap in the middle of it.
-    tried.startAt = dice.oneIn(4) ? (Micros{1} << 32) * 1000 - dice.between(0, 20'000'000)
-                                  : Micros{1'000'000} + dice.below(1'000'000);
+    before.at = dice.oneIn(4) ? (Micros{1} << 32) * 1000 - dice.between(0, 20'000'000)
+                              : Micros{1'000'000} + dice.below(1'000'000);
     for (int left = dice.between(1, 4); left > 0; --left)
-        tried.spoils.push_back(drawnSpoil(dice, tried));
+        tried.spoils.push_back(drawnSpoil(dice, tried.request.length + 7, before.timeoutMs));
     return tried;
 }
 
-/// A host's link on a faulty line, as its owner would have it.
-class Host : public Bench {
-public:
-    Host(const Case& tried, Carrier& carrier)
-        : Bench({.node = tried.node, .baudRate = tried.baudRate, .quartz = 3}),  // crystal 3 offers every rate
-          faulty(module, tried.onBus, tried.paced ? tried.baudRate : 0),
-          tried_(tried) {
-        time.micros = tried.startAt;
-        services->calendar = [] { return std::tm{}; };
-        services->portMap = [&carrier](std::int16_t) { return carrier.device(); };
-        services->makeSerialControl = [this, &carrier] {
-            return watchedControl(carrier.control(faulty, time), time, watched_);
-        };
-        holder_.adopt(clsOPane::create());
-        holder_.adopt(std::make_shared<clsLog>());
-        threadLog()->LogLevel(3);
-        threadLog()->writer(std::make_unique<RecordingWriter>(log_));
-        holder_.globals().gintCommPort = 1;
-        link().Initialize();
-        link().CommunicationType(tried.onBus ? "RS485" : "RS232");
-    }
+/// @return whether the module answered
+bool connect(WatchedLink& host, int node, std::int32_t baudRate) {
+    host.link().Baudrate(baudRate);
+    host.link().Timeout(clsOPane::kHandshakeTimeoutMs);
+    return host.link().SendSynchronizeCharacter(static_cast<std::int16_t>(node));
+}
 
-    clsOPane& link() { return *holder_.link(); }
-
-    /// @return whether the module answered
-    bool connect(std::int32_t baudRate) {
-        link().Baudrate(baudRate);
-        link().Timeout(clsOPane::kHandshakeTimeoutMs);
-        const bool answered = link().SendSynchronizeCharacter(static_cast<std::int16_t>(tried_.node));
-        link().Timeout(tried_.timeoutMs);
-        return answered;
-    }
-
-    Seen exchange(const Request& request, const ByteArray& info) {
-        watched_.writes.clear();
-        watched_.readSinceWrite = 0;
-        log_.clear();
-        Seen seen{.infoBefore = info, .info = info};
-        seen.raised = raisedNumber([&] {
-            seen.result = link().SendDataAndReceiveResponse(request.length, request.aux1, request.aux2, request.type,
-                                                            request.data, seen.info);
-        });
-        seen.timeoutMs = link().Timeout();
-        seen.synchronized = link().IsSynchronized();
-        seen.endedAt = time.micros;
-        seen.log = log_;
-        seen.writes = watched_.writes;
-        seen.readSinceWrite = watched_.readSinceWrite;
-        seen.goneBy = watched_.goneBy;
-        return seen;
-    }
-
-    FaultyLine faulty;
-
-private:
-    const Case& tried_;
-    Watched watched_;
-    std::vector<std::string> log_;
-    GlobalsHolder holder_;
-};
-
-/// After a quiet time-out, with a module that is there and at the host's rate, an exchange works at once.
-/// @return what was wrong; empty: nothing
-std::string recoveryComplaint(Host& host, Carrier& carrier) {
-    // Everything works again, and the line has been quiet for one time-out.
-    host.faulty.spoil({});
-    host.time.micros = std::max(host.time.micros, host.faulty.settle()) + Micros{clsOPane::kUsualTimeoutMs} * 1000;
-    const int rate = host.module.state().baudRate;
-    if (host.faulty.gone()) {
-        host.faulty.replug();
-        carrier.replug();
-        if (!host.connect(rate))
-            return "a module that came back does not answer";
-    } else if (host.link().Baudrate() != rate && !host.connect(rate)) {
+/// Everything works again, and the line has been quiet for one time-out: an exchange works at once with a module that
+/// is there and at the host's rate.
+std::string recoveryComplaint(FaultyLine& line, WatchedLink& host, int node, simulator::PseudoTerminal* terminal) {
+    line.spoil({});
+    host.time.micros = std::max(host.time.micros, line.settle()) + Micros{clsOPane::kUsualTimeoutMs} * 1000;
+    const bool isGone = line.gone();
+    if (isGone)
+        line.replug();
+    if (isGone && terminal != nullptr)
+        terminal->reopen();
+    const auto& [rate, version] = std::pair(line.module().baudRate, line.module().version);
+    if ((isGone || host.link().Baudrate() != rate) && !connect(host, node, rate))
         return "the module does not answer at its own rate";
-    }
     host.link().Timeout(clsOPane::kUsualTimeoutMs);
-    const std::string version = host.module.state().version;
-    ByteArray expected(version.begin(), version.end());
-    expected.push_back(0);
-    const Seen seen = host.exchange({0, 0, 0, 8, {}}, {});
-    if (seen.raised != 0)
-        return "the next good exchange raised error " + std::to_string(seen.raised);
+    const Seen& seen = host.exchange({0, 0, 0, 8, {}}, {});
+    const ByteArray expected(version.c_str(), version.c_str() + version.size() + 1);
     if (!seen.result || seen.info != expected || seen.writes.size() != 1 || seen.log.size() != 2)
-        return "the next good exchange did not work at once";
+        return "the next good exchange did not work at once; error " + std::to_string(seen.raised);
     return {};
 }
 
 }  // namespace
 
-std::size_t enumeratedCases() {
-    return enumerated().size();
+const std::vector<Case>& enumeratedCases() {
+    static std::vector<Case> cases;
+    if (!cases.empty())
+        return cases;
+    for (const auto& [request, answerBytes] : kSamples) {
+        for (const bool onBus : {false, true}) {
+            const auto add = [&asked = request, onBus](const Spoil& spoil) {
+                cases.push_back({asked, {.onBus = onBus}, 9600, cases.size() % 2 == 1, {spoil}});
+            };
+            for (const Spoil& spoil : kInEveryAnswer)
+                add(spoil);
+            const int sent = request.length + 7;
+            const std::array lengths{sent, onBus ? sent : 0, answerBytes};
+            for (const Where where : {Where::toModule, Where::echo, Where::answer}) {
+                for (int offset = 0; offset <= lengths.at(static_cast<std::size_t>(where)); ++offset) {
+                    for (const Spoil& fault : kAtEveryByte)
+                        add({fault.kind, fault.value, fault.length, where, offset});
+                }
+            }
+        }
+    }
+    return cases;
 }
 
 Case caseOf(std::uint64_t seed, std::size_t number) {
-    return number < enumerated().size() ? enumerated()[number] : drawn(seed, number);
+    return number < enumeratedCases().size() ? enumeratedCases()[number] : drawn(seed, number);
 }
 
-Outcome run(const Case& tried, Carrier& carrier) {
-    Host host(tried, carrier);
-    if (!host.connect(tried.baudRate))
-        return {{Verdict::wrong, "no module answered before anything went wrong"}};
-    host.faulty.spoil(tried.spoils);
-    const LinkBefore before{tried.onBus, tried.node, tried.timeoutMs, host.time.micros, true};
-    const Seen seen = host.exchange(tried.request, ByteArray{0xC3, 0xC3, 0xC3});
-    Outcome outcome{judge(tried.request, before, host.faulty.arrivals(), seen), seen.result, seen.raised != 0};
-    const std::int64_t longest = longestExchange(tried.timeoutMs, tried.onBus);
-    const double tookMs = host.time.since(before.at);
-    if (outcome.complaint.empty() && tookMs > static_cast<double>(longest))
-        outcome.complaint = "it took " + std::to_string(tookMs) + " ms; at most " + std::to_string(longest);
-    if (outcome.complaint.empty() && outcome.raised && !host.faulty.gone())
-        outcome.complaint = "an error was raised though the device is there";
+Judgement run(const Case& tried, simulator::PseudoTerminal* terminal) {
+    LinkBefore before = tried.before;
+    FaultyLine line({.node = before.node, .baudRate = tried.baudRate, .quartz = 3 /* has every rate */}, before.onBus,
+                    tried.paced);
+    WatchedLink host(line, before, terminal);
+    if (!connect(host, before.node, tried.baudRate))
+        return {"no module answered before anything went wrong"};
+    host.link().Timeout(before.timeoutMs);
+    line.spoil(tried.spoils);
+    before.at = host.time.micros;
+    const Seen& seen = host.exchange(tried.request, ByteArray{0xC3, 0xC3, 0xC3});
+    Judgement outcome = judge(tried.request, before, line.arrivals(), seen);
     if (outcome.complaint.empty())
-        outcome.complaint = recoveryComplaint(host, carrier);
+        outcome.complaint = outcome.raised && !line.gone() ? "an error was raised though the device is there"
+                                                           : recoveryComplaint(line, host, before.node, terminal);
     return outcome;
-}
-
-std::string kindName(Kind kind) {
-    return kKindNames.at(static_cast<std::size_t>(kind));
 }
 
 std::string description(const Case& tried) {
     constexpr std::array kWheres{"to the module", "of the echo", "of the answer"};
+    const auto& [length, aux1, aux2, type, data] = tried.request;
     std::ostringstream text;
-    text << "type " << int{tried.request.type} << ", Leng " << int{tried.request.length} << ", Aux1 "
-         << int{tried.request.aux1} << ", Aux2 " << int{tried.request.aux2} << (tried.onBus ? ", RS485" : ", RS232")
-         << ", node " << tried.node << ", " << tried.baudRate << " baud" << (tried.paced ? ", paced" : "")
-         << ", Timeout " << tried.timeoutMs << "; spoilt:";
+    text << "type " << int{type} << ", Leng " << int{length} << ", Aux1 " << int{aux1} << ", Aux2 " << int{aux2}
+         << (tried.before.onBus ? ", RS485" : ", RS232") << ", node " << tried.before.node << ", " << tried.baudRate
+         << " baud" << (tried.paced ? ", paced" : "") << ", Timeout " << tried.before.timeoutMs << "; spoilt:";
     for (const Spoil& spoil : tried.spoils) {
-        text << " [" << kindName(spoil.kind) << ' ' << spoil.value << " at byte " << spoil.offset;
-        if (spoil.length == kRest)
-            text << " and all that follow";
-        else if (spoil.length != 1)
-            text << " and on, bytes: " << spoil.length;
-        text << ' ' << kWheres.at(static_cast<std::size_t>(spoil.where)) << ", "
-             << (spoil.burst == kEveryBurst ? "every burst]" : "burst " + std::to_string(spoil.burst) + "]");
+        text << " [" << kKindNames.at(static_cast<std::size_t>(spoil.kind)) << ' ' << spoil.value << " at byte "
+             << spoil.offset;
+        if (spoil.length != 1)
+            text << " and on, bytes: " << (spoil.length == kRest ? "all" : std::to_string(spoil.length));
+        text << ' ' << kWheres.at(static_cast<std::size_t>(spoil.where)) << ", burst "
+             << (spoil.burst == kEveryBurst ? "every" : std::to_string(spoil.burst)) << ']';
     }
     return text.str();
 }
 
-void Tally::add(const Case& tried, const Outcome& outcome) {
+void Tally::add(const Judgement& outcome) {
     ++cases;
-    exchanges += 2;
-    good += outcome.result ? 1 : 0;
-    raised += outcome.raised ? 1 : 0;
-    failed += !outcome.result && !outcome.raised ? 1 : 0;
+    ++(outcome.raised ? raised : outcome.result ? good : failed);
     resynchronised += outcome.resynchronised ? 1 : 0;
-    borderline += outcome.verdict == Verdict::borderline ? 1 : 0;
+    borderline += outcome.borderline ? 1 : 0;
     sends += outcome.sends;
-    for (std::size_t kind = 0; kind < byKind.size(); ++kind)
-        byKind[kind] += std::ranges::count(tried.spoils, static_cast<Kind>(kind), &Spoil::kind) > 0 ? 1U : 0U;
 }
 
 }  // namespace opane::test::campaign

@@ -7,10 +7,10 @@
 
 namespace opane::test::campaign {
 
-FaultyLine::FaultyLine(simulator::SimulatedModule& module, bool echoes, int pacedBaudRate)
-    : module_(module),
-      echoes_(echoes),
-      characterTime_(pacedBaudRate == 0 ? 0 : simulator::kBitsPerCharacter * 1'000'000 / pacedBaudRate) {}
+FaultyLine::FaultyLine(const simulator::ModuleOptions& options, bool echoes, bool paces)
+    : echoes_(echoes),
+      characterTime_(paces ? simulator::kBitsPerCharacter * 1'000'000 / options.baudRate : 0),
+      module_(options) {}
 
 void FaultyLine::spoil(std::vector<Spoil> spoils) {
     spoils_ = std::move(spoils);
@@ -26,89 +26,81 @@ void FaultyLine::replug() {
 }
 
 Micros FaultyLine::settle() {
-    while (!gone_ && !toModule_.events.empty())
-        runModule(toModule_.events.front().at);
-    for (const Event& event : toHost_.events)
-        gone_ = gone_ || event.what == Kind::unplug;
+    runModule(std::numeric_limits<Micros>::max());
+    gone_ = gone_ || std::any_of(toHost_.events.begin(), toHost_.events.end(),
+                                 [](const Event& event) { return event.what == What::unplug; });
     return std::max({toModule_.notBefore, toHost_.notBefore, busyUntil_, deafUntil_});
 }
 
 void FaultyLine::receive(std::span<const std::uint8_t> bytes, Micros now) {
     const int burst = bursts_++;
-    Micros at = now;
-    for (std::size_t i = 0; i <= bytes.size(); ++i) {
-        const bool isByte = i < bytes.size();
-        at = isByte ? nextCharacter(now) : at;
-        for (const Where where : {Where::echo, Where::toModule})
-            put(where, burst, isByte ? std::optional(bytes[i]) : std::nullopt, at);
+    for (const std::uint8_t byte : bytes) {
+        busyUntil_ = std::max(busyUntil_, now) + characterTime_;
+        put(Where::echo, burst, byte);
+        put(Where::toModule, burst, byte);
     }
+    put(Where::echo, burst, std::nullopt);
+    put(Where::toModule, burst, std::nullopt);
 }
 
 ByteArray FaultyLine::takeOutput(Micros now) {
     runModule(now);
     ByteArray arrived;
     for (auto& events = toHost_.events; !gone_ && !events.empty() && events.front().at <= now; events.pop_front()) {
-        gone_ = events.front().what == Kind::unplug;
+        gone_ = events.front().what == What::unplug;
         if (!gone_)
-            arrived.push_back(events.front().byte);
+            arrived.push_back(static_cast<std::uint8_t>(events.front().value));
     }
     return arrived;
 }
 
 std::optional<Micros> FaultyLine::nextOutputAt() const {
-    if (gone_)
-        return 0;  // there is something to say at once
-    std::optional<Micros> next;
-    for (const Track* const track : {&toModule_, &toHost_}) {
-        if (!track->events.empty())
-            next = std::min(next.value_or(track->events.front().at), track->events.front().at);
-    }
-    return next;
-}
-
-/// The line is half duplex: one character after the other.
-Micros FaultyLine::nextCharacter(Micros from) {
-    busyUntil_ = std::max(busyUntil_, from) + characterTime_;
-    return busyUntil_;
+    constexpr Micros kNever = std::numeric_limits<Micros>::max();
+    const auto first = [](const Track& track) { return track.events.empty() ? kNever : track.events.front().at; };
+    const Micros next = gone_ ? 0 : std::min(first(toModule_), first(toHost_));  // 0: there is something to say at once
+    return next == kNever ? std::nullopt : std::optional(next);
 }
 
 /// One byte on its way, or the place behind the last one.
-void FaultyLine::put(Where where, int burst, std::optional<std::uint8_t> byte, Micros at) {
+void FaultyLine::put(Where where, int burst, std::optional<std::uint8_t> byte) {
+    const Micros at = busyUntil_;
     Progress& progress = progress_.at(static_cast<std::size_t>(where));
     if (progress.burst != burst)
         progress = {burst};
     const bool isHeard = byte && (where != Where::echo || echoes_);
     int copies = isHeard ? 1 : 0;
-    Event sent{at, {}, byte.value_or(0), 0, burst};
-    for (const Spoil& spoil : spoils_) {
-        const auto value = static_cast<std::uint8_t>(spoil.value);
-        const auto is = [&](Kind kind) { return spoil.kind == kind; };
-        if (spoil.where != where || (spoil.burst != burst && spoil.burst != kEveryBurst) ||
-            progress.offset < spoil.offset || progress.offset - spoil.offset >= spoil.length)
+    Event sent{at, burst, byte.value_or(0)};
+    for (const auto& [kind, value, length, spoilt, offset, spoiltBurst] : spoils_) {
+        if (spoilt != where || (spoiltBurst != burst && spoiltBurst != kEveryBurst) || progress.offset < offset ||
+            progress.offset - offset >= length)
             continue;
-        if (is(Kind::flip))
-            sent.byte ^= value;
-        if (is(Kind::set))
-            sent.byte = value;
-        if (is(Kind::late) && isHeard)
-            sent.at += Micros{spoil.value} * 1000;
-        if (is(Kind::noise))
-            push(where, {at, {}, value, 0, burst});
-        for (std::size_t i = 0; is(Kind::repeat) && i < progress.sent.size(); ++i)
-            push(where, {at, {}, progress.sent[i], 0, burst});
-        if (is(Kind::reset) && where == Where::answer)
-            silencedBurst_ = burst;
-        if (is(Kind::reset) || is(Kind::unplug))
-            push(is(Kind::reset) ? Where::toModule : where, {at, spoil.kind, 0, spoil.value, burst});
-        if (is(Kind::doubled))
-            copies = std::min(2, 2 * copies);
-        if (is(Kind::lose) || is(Kind::reset) || is(Kind::unplug))
+        if (kind == Kind::lose || kind == Kind::reset || kind == Kind::unplug)
             copies = 0;
+        if (kind == Kind::flip)
+            sent.value ^= value;
+        if (kind == Kind::set)
+            sent.value = value;
+        if (kind == Kind::doubled)
+            copies = std::min(2, 2 * copies);
+        if (kind == Kind::repeat) {
+            for (const std::uint8_t again : progress.sent)
+                push(where, {at, burst, again});
+        }
+        if (kind == Kind::late)
+            sent.at += Micros{value} * 1000;
+        if (kind == Kind::noise)
+            push(where, {at, burst, value});
+        if (kind == Kind::reset)
+            push(Where::toModule, {at, burst, value, What::reset});
+        if (kind == Kind::reset && where == Where::answer)
+            silencedBurst_ = burst;
+        if (kind == Kind::unplug)
+            push(where, {at, burst, 0, What::unplug});
     }
     for (; copies > 0; --copies)
         push(where, sent);
     if (isHeard)
-        progress.sent.push_back(sent.byte);
+        progress.sent.push_back(static_cast<std::uint8_t>(sent.value));
     ++progress.offset;
 }
 
@@ -116,30 +108,31 @@ void FaultyLine::push(Where where, Event event) {
     Track& track = where == Where::toModule ? toModule_ : toHost_;
     event.at = track.notBefore = std::max(event.at, track.notBefore);
     track.events.push_back(event);
-    if (where != Where::toModule && !event.what)
-        arrivals_.push_back({event.at, event.byte});
+    if (where != Where::toModule && event.what == What::byte)
+        arrivals_.push_back({event.at, static_cast<std::uint8_t>(event.value)});
 }
 
 void FaultyLine::runModule(Micros now) {
     while (!gone_ && !toModule_.events.empty() && toModule_.events.front().at <= now) {
         const Event event = toModule_.events.front();
         toModule_.events.pop_front();
-        gone_ = event.what == Kind::unplug;
-        if (event.what == Kind::reset) {
+        gone_ = event.what == What::unplug;
+        if (event.what == What::reset) {
             module_.state().powerOn();
             deafUntil_ = event.at + Micros{event.value} * 1000;
         }
-        if (event.what || event.at < deafUntil_)
+        if (event.what != What::byte || event.at < deafUntil_)
             continue;
-        module_.receive(std::span(&event.byte, 1), event.at);
+        const auto byte = static_cast<std::uint8_t>(event.value);
+        module_.receive(std::span(&byte, 1), event.at);
         const ByteArray answer = module_.takeOutput(event.at);
-        Micros at = event.at;
-        for (std::size_t i = 0; !answer.empty() && i <= answer.size(); ++i) {
-            const bool isByte = i < answer.size();
-            at = isByte ? nextCharacter(event.at) : at;
+        for (const std::uint8_t said : answer) {
+            busyUntil_ = std::max(busyUntil_, event.at) + characterTime_;
             if (silencedBurst_ != event.burst)
-                put(Where::answer, event.burst, isByte ? std::optional(answer[i]) : std::nullopt, at);
+                put(Where::answer, event.burst, said);
         }
+        if (!answer.empty() && silencedBurst_ != event.burst)
+            put(Where::answer, event.burst, std::nullopt);
     }
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <deque>
 #include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "simulator/simulated_module.h"
+#include "support/campaign/referee.h"
 #include "support/peer.h"
 
 namespace opane::test::campaign {
@@ -36,20 +39,19 @@ inline constexpr int kRest = std::numeric_limits<int>::max();
 /// One thing that goes wrong. A burst is one write of the host, frame or handshake, and what is answered to it; bursts
 /// count from 0, as do the bytes of each way in a burst. The place behind the last byte is one too.
 struct Spoil {
-    Where where = Where::answer;
     Kind kind = Kind::lose;
-    int burst = 0;
-    int offset = 0;
     int value = 0;
     int length = 1;  ///< bytes from offset on
+    Where where = Where::answer;
+    int offset = 0;
+    int burst = 0;
 };
 
 /// A serial line with a simulated module at its end, on which things go wrong. Keeps the order of bytes, whatever is
-/// late, and gives each its ten bits of time when it is paced.
+/// late, and gives each its ten bits of time when it paces them.
 class FaultyLine final : public Peer {
 public:
-    /// @param pacedBaudRate  0: no byte takes time
-    FaultyLine(simulator::SimulatedModule& module, bool echoes, int pacedBaudRate);
+    FaultyLine(const simulator::ModuleOptions& options, bool echoes, bool paces);
 
     /// From now on; bursts count from 0 again.
     void spoil(std::vector<Spoil> spoils);
@@ -66,25 +68,21 @@ public:
     std::optional<Micros> nextOutputAt() const override;
     bool gone() const override { return gone_; }
 
-    struct Arrival {
-        Micros at;
-        std::uint8_t byte;
-    };
-    /// Every byte that was ever on its way to the host, in the order of arrival.
-    const std::vector<Arrival>& arrivals() const { return arrivals_; }
+    const simulator::ModuleState& module() const { return module_.state(); }
+    const std::vector<Arrival>& arrivals() const { return arrivals_; }  ///< as the referee wants them
 
 private:
+    enum class What { byte, reset, unplug };
     struct Event {
         Micros at;
-        std::optional<Kind> what;  // reset or unplug, else the byte
-        std::uint8_t byte;
-        int value;
         int burst;
+        int value;  // the byte; milliseconds of a reset
+        What what = What::byte;
     };
-    /// One way over the wire, which keeps the order.
+    /// One way over the wire.
     struct Track {
         std::deque<Event> events{};
-        Micros notBefore = 0;
+        Micros notBefore = 0;  // the order is kept
     };
     /// How far a burst has come.
     struct Progress {
@@ -93,18 +91,17 @@ private:
         ByteArray sent{};
     };
 
-    void put(Where where, int burst, std::optional<std::uint8_t> byte, Micros at);
+    void put(Where where, int burst, std::optional<std::uint8_t> byte);
     void push(Where where, Event event);
     void runModule(Micros now);
-    Micros nextCharacter(Micros from);
 
-    simulator::SimulatedModule& module_;
     bool echoes_;
     Micros characterTime_;
+    simulator::SimulatedModule module_;
     std::vector<Spoil> spoils_;
     int bursts_ = 0;
     int silencedBurst_ = -1;  // the module has started again while it answered this one
-    Micros busyUntil_ = 0;
+    Micros busyUntil_ = 0;    // half duplex: one character after the other
     Micros deafUntil_ = 0;
     bool gone_ = false;
     Track toModule_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <numeric>
+#include <span>
 
 namespace opane::test::campaign {
 namespace {
@@ -11,6 +13,7 @@ constexpr int kMostHandshakes = 125;
 constexpr std::int32_t kHandshakeMs = 100;
 constexpr std::int32_t kTimeoutAfterwardsMs = 1000;
 constexpr int kErrorsThatEndIt = 5;
+constexpr int kDeviceVanished = 57;
 
 // How exactly a time is known. Reading the virtual counter takes time too.
 constexpr Micros kOneRead = 60;
@@ -30,119 +33,105 @@ void require(bool condition, const std::string& complaint) {
 
 std::string text(const ByteArray& bytes) {
     std::string result;
-    for (const std::uint8_t byte : bytes) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, "%02X ", static_cast<unsigned>(byte));
-        result += digits;
-    }
+    for (const std::uint8_t byte : bytes)
+        result += std::to_string(byte) + ' ';
     return result;
 }
 
-/// A frame as the log has it.
-std::string logged(const char* direction, const std::array<std::uint8_t, 7>& header) {
-    std::string result = std::string(direction) + " :";
-    for (std::size_t i = 0; i < header.size(); ++i) {
-        constexpr std::array kNames{"Mark", "Leng", "Node", "Aux1", "Aux2", "Type", "Cksm"};
-        char field[16];
-        std::snprintf(field, sizeof field, " %s:%X", kNames.at(i), static_cast<unsigned>(header[i]));
-        result += field;
-    }
-    return result;
+std::string frameLine(const char* direction, std::span<const std::uint8_t> frame) {
+    char line[80];
+    std::snprintf(line, sizeof line, "%s : Mark:%X Leng:%X Node:%X Aux1:%X Aux2:%X Type:%X Cksm:%X", direction,
+                  frame[0], frame[1], frame[2], frame[3], frame[4], frame[5], frame.back());
+    return line;
 }
 
 /// The way of one exchange as the rules have it, on the bytes of the line.
 class Exchange {
 public:
-    Exchange(const Request& request, const LinkBefore& before, const std::vector<FaultyLine::Arrival>& line,
-             const Seen& seen)
+    Exchange(const Request& request, const LinkBefore& before, const std::vector<Arrival>& line, const Seen& seen)
         : request_(request), before_(before), line_(line), seen_(seen) {
-        earliest_ = latest_ = before.at;
-        frame_.reserve(request.length + std::size_t{7});  // grown, it looks like an overrun to the compiler
+        frame_.reserve(request.length + std::size_t{7});
         frame_ = {0xAA,         request.length, static_cast<std::uint8_t>(before.node),
                   request.aux1, request.aux2,   request.type};
         frame_.insert(frame_.end(), request.data.begin(), request.data.begin() + request.length);
-        int sum = 0;
-        for (std::size_t i = 1; i < frame_.size(); ++i)
-            sum += frame_[i];
-        frame_.push_back(static_cast<std::uint8_t>((256 - sum % 256) % 256));
+        frame_.push_back(static_cast<std::uint8_t>(-std::accumulate(frame_.begin() + 1, frame_.end(), 0)));
     }
 
-    void play() {
-        while (!over_ && errors_ < kErrorsThatEndIt)
-            attempt();
-        if (errors_ >= kErrorsThatEndIt)
-            log("Retry = " + std::to_string(errors_) + ". Exit SendDataAndReceiveResponse without success");
-        requireSame(seen_.writes.size(), nextWrite_, "its writes");
-        requireSame(seen_.readSinceWrite, read_, "bytes read after the last write");
-        requireTime(seen_.endedAt, "it ended");
-        requireSame(seen_.result, good_, "the result");
-        require(seen_.log == log_, "the log is wrong" + firstDifference());
-        const ByteArray& info = info_.value_or(seen_.infoBefore);
-        require(seen_.info == info, "the info is " + text(seen_.info) + "; expected " + text(info));
-        requireSame(seen_.timeoutMs, timeoutMs_, "Timeout");
-        requireSame(seen_.synchronized, synchronized_, "the synchronised flag");
+    Judgement judge() {
+        const std::string error = "error " + std::to_string(seen_.raised) + " was raised";
+        judged_.result = seen_.result;
+        judged_.raised = seen_.raised != 0;
+        try {
+            while (!over_ && errors_ < kErrorsThatEndIt)
+                attempt();
+            if (errors_ >= kErrorsThatEndIt)
+                log_.push_back("Retry = " + std::to_string(errors_) +
+                               ". Exit SendDataAndReceiveResponse without success");
+            require(nextWrite_ == seen_.writes.size(), "it wrote " + std::to_string(seen_.writes.size()) +
+                                                           " times; expected " + std::to_string(nextWrite_));
+            requireRead(seen_.readSinceWrite);
+            requireTime(seen_.endedAt, "it ended");
+            require(seen_.result == good_, std::string("the result is ") + (good_ ? "false" : "true"));
+            require(seen_.log == log_, "the log is wrong" + firstDifference());
+            require(seen_.info == info_, "the info is " + text(seen_.info) + "; expected " + text(info_));
+            require(seen_.timeoutMs == timeoutMs_, "Timeout is " + std::to_string(seen_.timeoutMs));
+            require(seen_.synchronized == synchronized_, "the synchronised flag is wrong");
+            if (seen_.raised != 0)
+                judged_.complaint = error + " for nothing";
+        } catch (const Borderline&) {
+            judged_.borderline = true;
+        } catch (const Wrong& wrong) {
+            // The way ends where an error was raised.
+            if (seen_.raised == 0)
+                judged_.complaint = wrong.complaint;
+            else if (seen_.raised != kDeviceVanished)
+                judged_.complaint = error;
+            else if (std::mismatch(seen_.log.begin(), seen_.log.end(), log_.begin(), log_.end()).first !=
+                     seen_.log.end())
+                judged_.complaint = "the log up to the error is wrong" + firstDifference();
+        }
+        if (judged_.complaint.empty() &&
+            seen_.endedAt - before_.at > longestExchange(before_.timeoutMs, before_.onBus) * 1000)
+            judged_.complaint = "it took too long";
+        return judged_;
     }
-
-    /// After a raised error: the way up to there.
-    void requireBeginning() const {
-        require(seen_.log.size() <= log_.size() && std::equal(seen_.log.begin(), seen_.log.end(), log_.begin()),
-                "the log up to the error is wrong" + firstDifference());
-    }
-
-    Judgement judgement;
 
 private:
     void attempt() {
-        log(logged("SEND", {frame_[0], frame_[1], frame_[2], frame_[3], frame_[4], frame_[5], frame_.back()}));
-        ++judgement.sends;
+        log_.push_back(frameLine("SEND", frame_));
+        ++judged_.sends;
         write(frame_);
-        if (before_.onBus)
-            dropEcho();
-
-        bool whole = true;
-        for (std::size_t i = 0; i < 6; ++i)
-            whole &= read(answer_[i]);
-        if (!whole)
+        std::array<std::uint8_t, 7> echo{};
+        for (int left = before_.onBus && readHeader(echo) ? echo[1] + 1 : 0; left > 0; --left)
+            read(echo[6]);
+        if (!readHeader(answer_))
             return resynchronise("Timeout, no Mark received");
+
         const int errorsBefore = errors_;
-        const int leng = answer_[1];
-        const int type = answer_[5];
         if (answer_[3] != 0 || answer_[4] != 0)
             countError("Error return, AUX1 or AUX2 <> 0");
-        info_ = ByteArray(leng == 0 ? 1 : static_cast<std::size_t>(leng), 0);
-        for (int i = 0; i < leng; ++i) {
-            if (!read((*info_)[static_cast<std::size_t>(i)])) {
-                countError("Timeout during INFO transmission");
-                break;
-            }
-        }
-        if (type == 0)
+        const std::size_t leng = answer_[1];
+        info_ = ByteArray(std::max<std::size_t>(leng, 1), 0);
+        std::size_t came = 0;
+        while (came < leng && read(info_[came]))
+            ++came;
+        if (came < leng)
+            countError("Timeout during INFO transmission");
+        if (answer_[5] == 0)
             return resynchronise("Error, command erreur received");
-        if (type != request_.type)
+        if (answer_[5] != request_.type)
             countError("Error, Type of command received not expected");
-        if (errors_ > errorsBefore)
+        if (errors_ != errorsBefore)
             return;
         if (!read(answer_[6]))
             return countError("Timeout, Checksum not received");
-        log(logged("RCV", answer_));
+        log_.push_back(frameLine("RCV", answer_));
         over_ = good_ = true;
     }
 
-    void dropEcho() {
-        std::array<std::uint8_t, 6> echo{};
-        bool whole = true;
-        for (std::uint8_t& byte : echo)
-            whole &= read(byte);
-        std::uint8_t dropped = 0;
-        for (int left = whole ? echo[1] + 1 : 0; left > 0; --left)
-            read(dropped);
-    }
-
     void resynchronise(const char* why) {
-        log(why);
-        log(logged("RCV", answer_));
-        log("Try to resynchronize system");
-        judgement.resynchronised = true;
+        log_.insert(log_.end(), {why, frameLine("RCV", answer_), "Try to resynchronize system"});
+        judged_.resynchronised = true;
         timeoutMs_ = kHandshakeMs;
         int failed = 0;
         while (failed < kMostHandshakes && !handshake())
@@ -151,36 +140,47 @@ private:
         synchronized_ = failed < kMostHandshakes;
         over_ = !synchronized_;
         if (over_)
-            return log("Resynchronize system FAILED");
-        log("Resynchronize system OK after " + std::to_string(failed) + " times, Retry to send");
-        log("Retry = " + std::to_string(++errors_));
+            return log_.push_back("Resynchronize system FAILED");
+        log_.push_back("Resynchronize system OK after " + std::to_string(failed) + " times, Retry to send");
+        countRetry();
     }
 
     bool handshake() {
         write({static_cast<std::uint8_t>(0xA5 + before_.node)});
         std::uint8_t byte = 0;
-        if (before_.onBus && !read(byte))
-            return false;
-        return read(byte) && byte == 0x15 + before_.node;
+        return (!before_.onBus || read(byte)) && read(byte) && byte == 0x15 + before_.node;
     }
+
+    void countError(const char* what) {
+        log_.insert(log_.end(), {what, frameLine("RCV", answer_)});
+        countRetry();
+    }
+    void countRetry() { log_.push_back("Retry = " + std::to_string(++errors_)); }
 
     /// What was waiting is thrown away, then these bytes are written.
     void write(const ByteArray& bytes) {
         require(nextWrite_ < seen_.writes.size(), "it did not write " + text(bytes));
         const HostWrite& written = seen_.writes[nextWrite_++];
-        const std::string number = std::to_string(nextWrite_);
         require(written.bytes == bytes, "it wrote " + text(written.bytes) + "; expected " + text(bytes));
-        requireTime(written.at, "write " + number + " was");
+        requireTime(written.at, "write " + std::to_string(nextWrite_) + " was");
         if (nextWrite_ > 1)
-            requireSame(written.readBefore, read_, "bytes read before write " + number);
+            requireRead(written.readBefore);
         // Everything that had come by then is gone, and nothing that came later.
         require(written.goneByBefore >= next_ || nextWrite_ == 1, "it read bytes that were not there");
         next_ = written.goneByBefore;
         require(next_ == 0 || line_[next_ - 1].at <= written.at, "it read bytes before they came");
         require(next_ == line_.size() || line_[next_].at > written.at - kBeforeAWrite,
-                "it did not empty the receive buffer before write " + number);
+                "it did not empty the receive buffer before write " + std::to_string(nextWrite_));
         read_ = 0;
         earliest_ = latest_ = written.at;
+    }
+
+    /// All six are waited for, also when an earlier one did not come.
+    bool readHeader(std::array<std::uint8_t, 7>& fields) {
+        bool whole = true;
+        for (std::size_t i = 0; i < 6; ++i)
+            whole &= read(fields[i]);
+        return whole;
     }
 
     bool read(std::uint8_t& byte) {
@@ -205,9 +205,8 @@ private:
         return false;
     }
 
-    template <class Value>
-    static void requireSame(Value was, Value expected, const std::string& what) {
-        require(was == expected, what + ": " + std::to_string(was) + "; expected " + std::to_string(expected));
+    void requireRead(std::size_t read) const {
+        require(read == read_, "it read " + std::to_string(read) + " bytes; expected " + std::to_string(read_));
     }
 
     void requireTime(Micros at, const std::string& what) const {
@@ -216,36 +215,27 @@ private:
                     std::to_string(earliest_ - before_.at) + " to " + std::to_string(latest_ - before_.at));
     }
 
-    void countError(const char* what) {
-        log(what);
-        log(logged("RCV", answer_));
-        log("Retry = " + std::to_string(++errors_));
-    }
-    void log(const std::string& message) { log_.push_back(message); }
-
     std::string firstDifference() const {
-        const auto lineOf = [](const auto& lines, std::size_t i) { return i < lines.size() ? lines[i] : "nothing"; };
-        std::size_t i = 0;
-        while (i < log_.size() && i < seen_.log.size() && log_[i] == seen_.log[i])
-            ++i;
-        return ", line " + std::to_string(i + 1) + ": \"" + lineOf(seen_.log, i) + "\"; expected \"" + lineOf(log_, i) +
-               "\"";
+        const auto [was, expected] = std::mismatch(seen_.log.begin(), seen_.log.end(), log_.begin(), log_.end());
+        return ": \"" + (was == seen_.log.end() ? "nothing" : *was) + "\"; expected \"" +
+               (expected == log_.end() ? "nothing" : *expected) + "\"";
     }
 
     const Request& request_;
     const LinkBefore& before_;
-    const std::vector<FaultyLine::Arrival>& line_;
+    const std::vector<Arrival>& line_;
     const Seen& seen_;
     ByteArray frame_;
+    Judgement judged_;
     std::int32_t timeoutMs_ = before_.timeoutMs;
     bool synchronized_ = before_.synchronized;
-    Micros earliest_ = 0;  // when the next step begins, at the soonest and at the latest
-    Micros latest_ = 0;
+    Micros earliest_ = before_.at;  // when the next step begins, at the soonest and at the latest
+    Micros latest_ = before_.at;
     std::size_t next_ = 0;       // of the line's bytes
     std::size_t read_ = 0;       // since the last write
     std::size_t nextWrite_ = 0;  // of the host's
     std::array<std::uint8_t, 7> answer_{};
-    std::optional<ByteArray> info_;
+    ByteArray info_ = seen_.infoBefore;
     int errors_ = 0;
     bool over_ = false;
     bool good_ = false;
@@ -254,30 +244,8 @@ private:
 
 }  // namespace
 
-Judgement judge(const Request& request, const LinkBefore& before, const std::vector<FaultyLine::Arrival>& line,
-                const Seen& seen) {
-    constexpr int kDeviceVanished = 57;
-    Exchange exchange(request, before, line, seen);
-    Judgement& judgement = exchange.judgement;
-    try {
-        bool isWhole = true;
-        try {
-            exchange.play();
-        } catch (const Wrong&) {
-            if (seen.raised != kDeviceVanished)
-                throw;
-            exchange.requireBeginning();
-            isWhole = false;  // the way ends where the error was raised
-        }
-        require(!isWhole || seen.raised == 0, "nothing was wrong");
-    } catch (const Borderline&) {
-        judgement.verdict = Verdict::borderline;
-    } catch (const Wrong& wrong) {
-        judgement.verdict = Verdict::wrong;
-        judgement.complaint =
-            (seen.raised == 0 ? "" : "error " + std::to_string(seen.raised) + " was raised; ") + wrong.complaint;
-    }
-    return judgement;
+Judgement judge(const Request& request, const LinkBefore& before, const std::vector<Arrival>& line, const Seen& seen) {
+    return Exchange(request, before, line, seen).judge();
 }
 
 }  // namespace opane::test::campaign

@@ -1,60 +1,37 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <algorithm>
 
-#include "support/campaign/watched_control.h"
+#include "support/campaign/watched_link.h"
 
 namespace opane::test::campaign {
 
-struct Request {
-    std::uint8_t length = 0;
-    std::uint8_t aux1 = 0;
-    std::uint8_t aux2 = 0;
-    std::uint8_t type = 0;
-    ByteArray data{};
-};
+/// The longest time of one exchange, whatever the module does, in milliseconds (docs/bounds.md): five attempts, each
+/// with a resynchronisation.
+constexpr std::int64_t longestExchange(std::int64_t timeoutMs, bool onBus) {
+    constexpr std::int64_t kLongestFrame = 6 + 255 + 1;
+    constexpr std::int64_t kLateTick = 2;
+    const std::int64_t longestWait = std::max<std::int64_t>(timeoutMs, 1000) + kLateTick;
+    return (onBus ? 2 : 1) * 5 * (kLongestFrame * longestWait + 125 * (100 + kLateTick));
+}
 
-/// What is known of a link before an exchange.
-struct LinkBefore {
-    bool onBus = false;
-    int node = 3;
-    std::int32_t timeoutMs = 1000;
-    Micros at = 0;
-    bool synchronized = true;
-};
-
-/// What an exchange has done.
-struct Seen {
-    bool result = false;
-    int raised = 0;  ///< number of the RuntimeError; 0: none
-    ByteArray infoBefore{};
-    ByteArray info{};
-    std::int32_t timeoutMs = 0;
-    bool synchronized = false;
-    Micros endedAt = 0;
-    std::vector<std::string> log{};  ///< messages of the lines
-    std::vector<HostWrite> writes{};
-    std::size_t readSinceWrite = 0;  ///< as in HostWrite, at the end
-    std::size_t goneBy = 0;
-};
-
-enum class Verdict {
-    right,
-    borderline,  ///< a byte came so near to its deadline that both outcomes are right; not judged
-    wrong,
+struct Arrival {
+    Micros at;
+    std::uint8_t byte;
 };
 
 struct Judgement {
-    Verdict verdict = Verdict::right;
     std::string complaint{};  ///< empty: all was right
+    bool borderline = false;  ///< a byte came so near to its deadline that both outcomes are right; not judged
     bool resynchronised = false;
     std::size_t sends = 0;
+    bool result = false;
+    bool raised = false;
 };
 
 /// Judges an exchange by the bytes that were on the line and by docs/wire.md alone: works out what had to be sent,
 /// logged, returned and how long it had to take, and compares. Shares no code with the library.
-Judgement judge(const Request& request, const LinkBefore& before, const std::vector<FaultyLine::Arrival>& line,
-                const Seen& seen);
+/// @param line  every byte that was ever on its way to the host, in the order of arrival
+Judgement judge(const Request& request, const LinkBefore& before, const std::vector<Arrival>& line, const Seen& seen);
 
 }  // namespace opane::test::campaign
