@@ -19,6 +19,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/posix/folder_entries.h"
 #include "platform/temporary_name.h"
 #include "simulator/claim.h"
 
@@ -50,15 +51,6 @@ void setRaw(int slave) {
 bool leadsTo(const fs::path& link, const std::string& device) {
     std::error_code error;
     return fs::read_symlink(link, error) == device && !error;
-}
-
-// None of a folder that may not be read or has gone.
-std::vector<fs::path> entriesOf(const fs::path& folder) {
-    std::vector<fs::path> entries;
-    std::error_code error;
-    for (auto entry = fs::directory_iterator(folder, error); entry != fs::directory_iterator(); entry.increment(error))
-        entries.push_back(entry->path());
-    return entries;
 }
 
 [[noreturn]] void failLink(const fs::path& link, const std::string& reason = std::strerror(errno)) {

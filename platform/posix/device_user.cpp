@@ -10,7 +10,8 @@
 #include <fstream>
 #include <sstream>
 #include <system_error>
-#include <vector>
+
+#include "platform/posix/folder_entries.h"
 
 namespace opane {
 namespace {
@@ -30,15 +31,6 @@ std::optional<DeviceUser> userOf(pid_t process) {
         if (character < ' ' || character > '~')  // its owner's choice, for somebody else's terminal
             character = '?';
     return DeviceUser{process, program};
-}
-
-/// None of a folder that may not be read or has gone.
-std::vector<fs::path> entriesOf(const fs::path& folder) {
-    std::vector<fs::path> entries;
-    std::error_code error;
-    for (auto entry = fs::directory_iterator(folder, error); entry != fs::directory_iterator(); entry.increment(error))
-        entries.push_back(entry->path());
-    return entries;
 }
 
 /// The device that an open descriptor leads to; 0 for all else. By its name first: a look at a file may wait for the

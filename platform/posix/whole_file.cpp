@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/folder_entries.h"
 #include "platform/posix/link_target.h"
 #include "platform/temporary_name.h"
 #include "shared/runtime_error.h"
@@ -189,10 +190,8 @@ private:
     }
 
     void removeLeftovers() const {
-        std::error_code error;
-        for (auto entry = fs::directory_iterator(folderPath_, error); entry != fs::directory_iterator();
-             entry.increment(error)) {
-            const std::string name = entry->path().filename().string();
+        for (const fs::path& entry : entriesOf(folderPath_)) {
+            const std::string name = entry.filename().string();
             if (isTemporaryName(name, name_))
                 removeLeftover(name);
         }

@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/shared_library.h"
+#include "automation/component/shared_library.h"
 #include "simulator/served_module.h"
 #include "support/temporary_folder.h"
 

@@ -5,8 +5,8 @@
 #include <system_error>
 
 #include "automation/component/boundary.h"
+#include "automation/component/shared_library.h"
 #include "platform/folders.h"
-#include "platform/shared_library.h"
 #include "platform/utf8_path.h"
 #include "run_on_link.h"
 #include "subcommands.h"

@@ -1,4 +1,4 @@
-#include "platform/shared_library.h"
+#include "automation/component/shared_library.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
