@@ -14,6 +14,7 @@
 #include "platform/file.h"
 #include "platform/folders.h"
 #include "platform/regional_text.h"
+#include "platform/serial_control.h"
 #include "platform/services.h"
 #include "platform/utf8_path.h"
 #include "platform/whole_file.h"
