@@ -16,7 +16,6 @@ namespace {
 
 /// The thread's host, which answers everything and keeps what it was asked.
 struct ComponentHost : testing::Test {
-    ~ComponentHost() override { OpaneSetHost(before); }
     static ComponentHost& from(void* context) { return *static_cast<ComponentHost*>(context); }
 
     std::string asked;
@@ -34,11 +33,11 @@ struct ComponentHost : testing::Test {
                        return from(context).accepts;
                    },
                    [](void*, SHORT comPort) -> const char* { return comPort == 2 ? "/dev/second" : nullptr; }};
-    const OpaneHost* const before = OpaneSetHost(&host);
-    const ComponentHostScope scope{};
 };
 
-TEST_F(ComponentHost, AnswersBoxesDialogsAndPorts) {
+TEST_F(ComponentHost, AnswersBoxesDialogsAndPortsAndMayGoInTheMiddleOfACall) {
+    OpaneSetHost(&host);
+    const ComponentHostScope scope;
     EXPECT_EQ(showMessageBox("Text", "Title", MessageBoxButtons::okCancel), MessageBoxAnswer::ok);
     EXPECT_EQ(asked, "Title|Text|Cancel");
     CommonDialog dialog;
@@ -54,15 +53,13 @@ TEST_F(ComponentHost, AnswersBoxesDialogsAndPorts) {
     EXPECT_EQ(showMessageBox("Text", "Title", MessageBoxButtons::okCancel), MessageBoxAnswer::cancel);
     dialog.ShowOpen();
     EXPECT_EQ(dialog.FileName, "");
-}
 
-TEST_F(ComponentHost, MayGoInTheMiddleOfACall) {
+    asked.clear();
     OpaneSetHost(nullptr);
     EXPECT_EQ(devicePath(2), systemDevicePath(2));
     testing::internal::CaptureStderr();
     EXPECT_EQ(showMessageBox("Text", "Title", MessageBoxButtons::ok), MessageBoxAnswer::ok);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Text"), std::string::npos);
-    CommonDialog dialog;
     dialog.ShowOpen();
     EXPECT_EQ(dialog.FileName + asked, "");
 }

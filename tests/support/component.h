@@ -16,12 +16,9 @@
 
 namespace opane::test {
 
-struct Releasing {
-    void operator()(IUnknown* object) const { object->Release(); }
-};
 /// A reference that is released at the end.
 template <typename Interface>
-using Reference = std::unique_ptr<Interface, Releasing>;
+using Reference = std::unique_ptr<Interface, decltype([](IUnknown* object) { object->Release(); })>;
 
 inline std::string plainText(BSTR text) {
     return {text, text + SysStringLen(text)};
