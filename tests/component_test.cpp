@@ -52,7 +52,6 @@ TEST_F(Component, IsCreatedWithoutAPortAndExplainsAnError) {
     EXPECT_NE(takeDescription().find("intReturnStatus"), std::string::npos);
     EXPECT_EQ(object->DisplayBMP(nullptr, &status), kFileNotFound);
     EXPECT_EQ(status, 7);
-    EXPECT_EQ(object->Version(nullptr), E_POINTER);
 }
 
 TEST_F(Component, RefusesWhatItIsNotAndChangesNothing) {
@@ -88,15 +87,14 @@ TEST_F(Component, BelongsToItsThreadButMayBeReleasedAnywhere) {
 }
 
 TEST_F(Component, GivesEachThreadAModuleOfItsOwn) {
-    const auto rounds = [](const std::string& device) {
-        const ThreadHost own(device);
-        for (int round = 0; round < 10; ++round)
-            EXPECT_EQ(synchronize(*create()), 0);
-    };
     simulator::ServedModule second;
-    std::thread other(rounds, second.devicePath());
-    rounds(module.devicePath());
-    other.join();
+    std::vector<std::jthread> threads;
+    for (const std::string& device : {module.devicePath(), second.devicePath()})
+        threads.emplace_back([device] {
+            const ThreadHost own(device);
+            for (int round = 0; round < 10; ++round)
+                EXPECT_EQ(synchronize(*create()), 0);
+        });
 }
 
 TEST_F(Component, MayLoseItsLinkInTheMiddleOfItsCalls) {
@@ -116,7 +114,10 @@ TEST_F(Component, LivesUntilItsCallEndsWhenAnEventReleasesIt) {
     _clsOPaneCommDLL* const held = object.get();
     SHORT port = 1, nobody = 1, status = 7;
     LONG baudRate = 9600;
-    host.events = [&] { object.reset(); };
+    host.events = [&] {
+        object.reset();
+        EXPECT_EQ(callEntry("DllCanUnloadNow"), S_FALSE);
+    };
     EXPECT_EQ(held->Synchronize(&port, &baudRate, &nobody, &status), S_OK);
     EXPECT_EQ(status, 1);
     EXPECT_EQ(callEntry("DllCanUnloadNow"), S_OK);
@@ -340,7 +341,6 @@ TEST_F(LateBound, ConvertsWhatIsANumberAndSaysWhatIsNone) {
 }
 
 TEST_F(LateBound, RefusesCallsOfTheWrongShape) {
-    status = number(7);
     const std::vector<VARIANT> good{number(1), variant(VT_I4, 9600), number(3), variable(status)};
     EXPECT_EQ(invoke(kSynchronize, {number(1), variant(VT_I4, 9600), number(3)}), DISP_E_BADPARAMCOUNT);
     EXPECT_EQ(takeDescription(), "Synchronize takes 4 arguments; 3 were passed");
