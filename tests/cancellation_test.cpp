@@ -60,21 +60,14 @@ TEST_P(Cancelled, EndsInTimeAndSendsNothingNew) {
     EXPECT_EQ(log, row.log);
 }
 
-bool clear(clsOPane& link) {
-    ByteArray info;
-    return link.SendDataAndReceiveResponse(0, 0, 0, 6, {0}, info);
-}
-bool handshake(clsOPane& link) {
-    return link.SendSynchronizeCharacter(3) || link.IsSynchronized();
-}
-bool write(clsOPane& link) {
+constexpr auto clear = [](clsOPane& link) { return link.OPaneCmd_Clear(0); };
+constexpr auto handshake = [](clsOPane& link) { return link.SendSynchronizeCharacter(3) || link.IsSynchronized(); };
+constexpr auto write = [](clsOPane& link) {
     return link.OPaneCmd_WriteEEPROMUser(0, 128, ByteArray(128, 7)) && !link.OPaneCmd_Clear(0);
-}
-bool reset(clsOPane& link) {
-    return link.OPaneCmd_Reset(0);
-}
+};
+constexpr auto reset = [](clsOPane& link) { return link.OPaneCmd_Reset(0); };
 
-constexpr auto kSilent = "SEND Timeout RCV Try Resynchronize ";
+constexpr auto kSilent = "Cmd SEND Timeout RCV Try Resynchronize ";
 constexpr auto kWritten = "Cmd Length Base SEND RCV Cmd SEND Timeout RCV Try Resynchronize ";
 constexpr auto kUnwritten = "Cmd Length Base SEND Timeout RCV Try Resynchronize ";
 

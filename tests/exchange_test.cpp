@@ -124,35 +124,6 @@ const FaultCase kFaults[]{
 };
 INSTANTIATE_TEST_SUITE_P(Faults, SpoiledAnswer, testing::ValuesIn(kFaults), rowName);
 
-TEST_F(Exchange, SeveralErrorsOfOneAttemptAddUp) {
-    // Aux1 is 1, one of two info bytes comes, and the type is not the request's: three errors an attempt.
-    const ByteArray bad{0xAA, 0x02, 0x03, 0x01, 0x00, 0x09, 0x56};
-    bench.scripted().answers = {bad, bad};
-    EXPECT_FALSE(askVersion());
-    EXPECT_EQ(bench.script.heard.size(), 2U);
-    EXPECT_EQ(info, (ByteArray{0x56, 0x00})) << "what came, the rest 0";
-    EXPECT_EQ(bench.log.at(10), kSendVersion) << "ten lines an attempt: SEND and three times three";
-    EXPECT_EQ(bench.log.back(), "Retry = 6. Exit SendDataAndReceiveResponse without success");
-}
-
-TEST_F(Exchange, AFieldThatDoesNotComeKeepsItsEarlierValue) {
-    // A whole answer that lacks only its checksum, then a header of two bytes; no handshake is answered.
-    bench.scripted().answers = {{0xAA, 0x00, 0x02, 0x00, 0x00, 0x08}, {0xAB, 0x01}};
-    EXPECT_FALSE(askVersion());
-    EXPECT_EQ(bench.log.at(6), "RCV : Mark:AB Leng:1 Node:2 Aux1:0 Aux2:0 Type:8 Cksm:0");
-    EXPECT_EQ(info, ByteArray{0}) << "of the last answer with a whole header";
-    EXPECT_EQ(bench.script.heard.size(), 2U + 125U);
-}
-
-TEST_F(Exchange, LateBytesAreNotTakenForTheNextAnswer) {
-    bench.link().Timeout(200);
-    // 1.25 s: after the six time-outs of 200 ms, in the time of the handshakes.
-    bench.module.fault({.fault = Fault::delay, .count = 1, .parameter = 1250});
-    EXPECT_TRUE(askVersion());
-    EXPECT_EQ(std::string(info.begin(), info.end() - 1), bench.module.state().version);
-    EXPECT_EQ(bench.link().Timeout(), 1000) << "whatever it was before a resynchronisation";
-}
-
 TEST_F(Exchange, AHostEventMayUseTheCallersArray) {
     bench.services->eventHook = [this] { ByteArray().swap(info); };
     EXPECT_TRUE(askVersion());
@@ -166,18 +137,6 @@ TEST(ExchangeOnABus, ReadsTheEchoBeforeTheAnswer) {
     EXPECT_TRUE(bench.link().OPaneCmd_AffBloc1(1, 2, {0xAA, 0, 3, 0, 0, 3, 0x50, 0xAA}));
     EXPECT_EQ(bench.module.state().screen[8][2], 0xAA);
     EXPECT_EQ(bench.module.frames().size(), 1U);
-}
-
-TEST_F(Exchange, AMissingEchoCostsTimeOutsAndIsNoError) {
-    bench.link().CommunicationType("RS485");
-    // No echo; the answer comes after 3.5 time-outs: three echo reads fail, the other three take its first half.
-    bench.scripted().answerAfter = 3'500'000;
-    bench.script.answers = {{0xAA, 0x00, 0x03, 0x00, 0x00, 0x08, 0xF5}};
-    const auto start = bench.time.micros;
-    EXPECT_FALSE(askVersion()) << "half of the answer has gone as the echo";
-    EXPECT_EQ(bench.log[2], "RCV : Mark:0 Leng:0 Node:8 Aux1:F5 Aux2:0 Type:0 Cksm:0");
-    // Then two header reads fail, and the echo of each of the 125 handshakes.
-    EXPECT_NEAR(bench.time.since(start), 3500 + 2 * 1000 + 125 * 100, 2 + 125 + 10);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include "forms/common_dialog.h"
 #include "platform/code_page.h"
-#include "platform/dialogs.h"
 #include "platform/services.h"
 #include "shared/utf8.h"
 
@@ -42,28 +41,18 @@ TEST(Utf8, IsDecodedAndInvalidBytesAreToldApart) {
     }
 }
 
-TEST(FileDialog, GivesTheChoiceAndForgetsItWhenCancelled) {
-    EXPECT_EQ(showMessageBox("text", "title", MessageBoxButtons::okCancel), MessageBoxAnswer::ok) << "nobody is asked";
+TEST(FileDialog, SuggestsTheLastChoiceAndAsksOnlyBeforeItSaves) {
+    ServicesScope services;
+    std::string asked;
+    services->fileDialog = [&asked](const FileDialogRequest& request) {
+        asked += request.suggestion + (request.overwritePrompt ? "?" : "|");
+        return std::optional<std::string>("/tmp/a.bin");
+    };
     CommonDialog dialog;
     dialog.Flags = CommonDialog::kOverwritePrompt;
-    dialog.ShowOpen();
-    EXPECT_EQ(dialog.FileName, "") << "nobody is asked";
-
-    ServicesScope services;
-    FileDialogRequest asked;
-    std::optional<std::string> answer = "/tmp/a.bin";
-    services->fileDialog = [&](const FileDialogRequest& request) {
-        asked = request;
-        return answer;
-    };
     dialog.ShowSave();
-    EXPECT_EQ(dialog.FileName, "/tmp/a.bin");
-    EXPECT_TRUE(asked.overwritePrompt);
-    answer = std::nullopt;
     dialog.ShowOpen();
-    EXPECT_EQ(dialog.FileName, "");
-    EXPECT_FALSE(asked.overwritePrompt) << "only a save dialog asks";
-    EXPECT_EQ(asked.suggestion, "/tmp/a.bin");
+    EXPECT_EQ(asked, "?/tmp/a.bin|");
 }
 
 }  // namespace

@@ -121,17 +121,6 @@ TEST_F(Waiting, OutlivesTheReleaseOfItsLink) {
     EXPECT_EQ(bench.line.portEvents.back(), "close") << "it has ended behind the call";
 }
 
-TEST_F(Waiting, ForASilentModuleIsOneLongWaitAByteAndLeavesTheUsualTimeOut) {
-    ByteArray info;
-    for (const int before : {50, 5000}) {
-        bench.line.waits = 0;
-        link.Timeout(before);
-        EXPECT_FALSE(link.SendDataAndReceiveResponse(0, 0, 0, 8, {0}, info));
-        EXPECT_EQ(link.Timeout(), 1000);
-        EXPECT_EQ(bench.line.waits, 6 + 125);
-    }
-}
-
 TEST_F(Waiting, OfAnotherHandshakeLetsOldBytesGoBy) {
     answer({0x18, 0xAA}, 150'000);  // too late for the first handshake, and no answer to the second
     script.answers.push_back({0x55});

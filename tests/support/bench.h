@@ -57,16 +57,11 @@ public:
         holder.globals().gintCommPort = 1;
         link().Initialize();
         link().CommunicationType("RS232");
-        recordLog();
-    }
-
-    clsOPane& link() { return *holder.link(); }
-
-    /// Keeps every line of the thread's log from now on.
-    void recordLog() {
         threadLog()->LogLevel(3);
         threadLog()->writer(std::make_unique<RecordingWriter>(log));
     }
+
+    clsOPane& link() { return *holder.link(); }
 
     /// The log's lines, a bar between each two.
     std::string logged() const {
