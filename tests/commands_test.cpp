@@ -187,7 +187,6 @@ const CommandCase kCommands[]{
     {"write_15_of_16", writeSystem(0, 16, bytes("1..15")), "false"},
     {"write_129", writeSystem(0, 129, bytes("1..129")), "false"},
     {"write_nothing", writeSystem(0, 0, {}), "false"},
-    {"write_minus_1", writeSystem(0, -1, {}), "false"},
     {"write_smallest", writeSystem(0, -32768, {}), "false"},
     {"write_at_minus_256", writeSystem(-256, 1, {1}), "raises 6", "33|Length : 1|Base adress : -256"},
 

@@ -87,17 +87,6 @@ TEST_P(SpoiledAnswer, GivesTheseLines) {
     ByteArray info;
     EXPECT_EQ(bench.link().SendDataAndReceiveResponse(0, 0, 0, 8, ByteArray{0}, info), GetParam().result);
     EXPECT_EQ(bench.logged(), kSendVersion + '|' + GetParam().lines);
-    const auto requests = std::count(bench.log.begin(), bench.log.end(), kSendVersion);
-    EXPECT_EQ(bench.module.frames().size(), static_cast<std::size_t>(requests));
-}
-
-std::string fiveRefusals() {
-    std::string lines;
-    for (const char* const retry : {"1", "2", "3", "4", "5"})
-        lines +=
-            std::string("Error return, AUX1 or AUX2 <> 0|RCV : Mark:AA Leng:2 Node:3 Aux1:1 Aux2:0 Type:8 Cksm:0") +
-            "|Retry = " + retry + '|' + (*retry < '5' ? kSendVersion + '|' : "");
-    return lines + "Retry = 5. Exit SendDataAndReceiveResponse without success";
 }
 
 const std::string kAgain = "|Retry = 1|" + kSendVersion + '|' + kVersionReceived;
@@ -115,7 +104,6 @@ const std::string kNoChecksum = "Timeout, Checksum not received" + kReceived + k
 const FaultCase kFaults[]{
     {"missed_request_and_three_handshakes", {{Fault::ignore, 1}, {Fault::ignoreHandshake, 3}}, true, kMissed},
     {"silent_module", {{Fault::silent}}, false, kSilence + "FAILED"},
-    {"aux_five_times", {{Fault::aux, 5}}, false, fiveRefusals()},
     {"type_zero", {{Fault::typeZero, 1}}, true, kTypeZero},
     {"wrong_type", {{Fault::wrongType, 1}}, true, kWrongType},
     {"info_cut_short", {{.fault = Fault::cutInfo, .parameter = 1}}, true, kCutInfo},
