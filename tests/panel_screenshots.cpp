@@ -5,7 +5,6 @@
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
-#include <iostream>
 
 #include "forms/qt/theme.h"
 #include "support/panel_window.h"
@@ -53,10 +52,9 @@ QImage sideBySide(const QImage& left, const QImage& right) {
 }
 
 void makePictures(const QDir& folder) {
-    const auto add = [&folder](const char* name, const QImage& picture) {
-        const QString file = folder.filePath(QLatin1String(name) + QStringLiteral(".png"));
-        if (!picture.save(file))
-            throw std::runtime_error("cannot write " + file.toStdString());
+    const auto add = [&folder](const std::string& name, const QImage& picture) {
+        if (!picture.save(folder.filePath(QString::fromStdString(name + ".png"))))
+            throw std::runtime_error("cannot write " + name + ".png");
     };
     qt::applyTheme(qt::Theme::light);
     PanelWindow window;
@@ -74,8 +72,10 @@ void makePictures(const QDir& folder) {
         window.tabs().setCurrentIndex(window.tabs().currentIndex() + 1);
         add(page, pictureOf(window.view));
     }
-    answers.look = [&](QMessageBox& box) { add("panel-box", pictureOf(box)); };
-    answers.button = QMessageBox::Cancel;
+    answers.look = [&](QMessageBox& box) {
+        add("panel-box", pictureOf(box));
+        box.reject();
+    };
     window.choose("cmbBusType", "RS485");
     qt::applyTheme(qt::Theme::dark);
     add("panel-dark", both());
@@ -86,10 +86,6 @@ void makePictures(const QDir& folder) {
 
 int main(int argc, char** argv) {
     const QApplication application(argc, argv);
-    if (argc != 2 || !QDir(argv[1]).exists()) {
-        std::cerr << "usage: panel_screenshots FOLDER\n";
-        return 2;
-    }
     opane::test::makePictures(QDir(argv[1]));
     return 0;
 }

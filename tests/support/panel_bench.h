@@ -16,7 +16,6 @@ namespace opane::test {
 
 using Texts = std::vector<std::string>;
 
-/// Every control, those in other controls too.
 inline void forEachControl(const window::Container& in, const std::function<void(const window::Control&)>& use) {
     for (const window::Control* const control : in.controls()) {
         use(*control);
@@ -42,7 +41,6 @@ public:
         ASSERT_EQ(panel.txtSystemStatus.text(), "System Synchronized");
     }
 
-    /// Clicks the buttons of these names, one after the other.
     template <class... Names>
     void click(const Names&... names) {
         (clickOne(panel.find(names)), ...);
@@ -76,7 +74,7 @@ public:
         return texts;
     }
 
-    /// What has been shown since the last call, "title|text", with "|Cancel" when it has that button too.
+    /// The boxes since the last call.
     Texts shown() { return std::exchange(boxes, {}); }
 
     /// The module refuses one command, which is tried five times, after that many good ones.
@@ -86,7 +84,7 @@ public:
 
     MessageBoxAnswer answer = MessageBoxAnswer::ok;
     std::optional<std::string> chosenFile;
-    Texts boxes;
+    Texts boxes;  ///< "title|text", with "|Cancel" when it has that button too
     frmOPane panel;
 
 private:
@@ -110,7 +108,6 @@ public:
         std::iota(module.state().userEeprom.begin(), module.state().userEeprom.end(), std::uint8_t{0});
     }
 
-    /// Cancels when that many blocks are done.
     void cancelAfter(int blocks) {
         services->eventHook = [this, blocks] {
             if (panel.progress() && panel.progress()->value == blocks)

@@ -91,8 +91,7 @@ public:
     qt::FormView view{form};
 };
 
-/// Answers every message box while it lives, with OK unless told otherwise, and keeps what they said. One without that
-/// button is answered with its first one.
+/// Answers every message box while it lives with its first button (OK or Yes), and keeps what they said.
 class BoxAnswers {
 public:
     BoxAnswers() {
@@ -100,7 +99,6 @@ public:
         timer_.start(0);
     }
 
-    QMessageBox::StandardButton button = QMessageBox::Ok;
     std::vector<std::string> said;           ///< "title|text"
     std::function<void(QMessageBox&)> look;  ///< before it is answered; may answer it itself
 
@@ -112,10 +110,8 @@ private:
         said.push_back((box->windowTitle() + u'|' + box->text()).toStdString());
         if (look)
             look(*box);
-        if (!box->isVisible())
-            return;
-        QAbstractButton* const wanted = box->button(button);
-        QTest::mouseClick(wanted != nullptr ? wanted : box->buttons().constFirst(), Qt::LeftButton);
+        if (box->isVisible())
+            QTest::mouseClick(box->buttons().constFirst(), Qt::LeftButton);
     }
 
     QTimer timer_;
