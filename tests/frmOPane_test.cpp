@@ -34,8 +34,6 @@ std::string shownState(PanelBench& bench) {
 TEST(PanelConnection, StartsWithTheDefaultsAndEndsWithTheWindow) {
     PanelBench bench;
     EXPECT_EQ(shownState(bench), "||no pages");
-    EXPECT_EQ(bench.panel.cmbNodeNumber.text() + bench.panel.cmbComPort.text() + bench.panel.cmbBusType.text(),
-              "31RS232");
     EXPECT_EQ(chosen(), "RS232 1 3");
     EXPECT_EQ(bench.line.portEvents, Texts{"open 1 9600,N,8,1"});
     bench.panel.userCloses();
@@ -48,10 +46,8 @@ TEST(PanelConnection, SynchronisesOverTheChosenBusPortAndNode) {
     bench.panel.cmbBusType.userSelects(1);
     bench.panel.cmbComPort.userSelects(1);
     bench.panel.cmbNodeNumber.userSelects(1);
-    bool couldPress = false;
-    bench.services->eventHook = [&] { couldPress = couldPress || bench.panel.cmdSynchronize.enabled(); };
+    bench.services->eventHook = [&] { EXPECT_FALSE(bench.panel.cmdSynchronize.enabled()); };
     bench.synchronize();
-    EXPECT_FALSE(couldPress);
     EXPECT_EQ(shownState(bench), "System Synchronized|RS485, COM2, 9600 bauds|9600");
     std::string lists;
     for (const auto* const list :

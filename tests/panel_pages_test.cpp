@@ -108,7 +108,6 @@ std::string chosenFlags(PanelBench& bench) {
 
 TEST(PanelStatus, IsWrittenWithFalseForWhatIsNotChosenAndRead) {
     SynchronizedPanel bench;
-    EXPECT_EQ(chosenFlags(bench), "------");
     EXPECT_EQ(bench.press("cmdWriteStatus"),
               (Texts{kOk, "05 0000 ", "0A 0000 ", "0A 0100 ", "0A 0200 ", "0A 0300 ", "0A 0400 "}));
     bench.refuseCommand(5);
@@ -135,6 +134,10 @@ TEST(PanelRead, ShowsReadingsAndStartValuesOfFailedOnes) {
     EXPECT_EQ(bench.press("cmdReadADC", {"txtADCLum", "txtADCTemp", "txtADCUbat"}),
               (Texts{"$1234", "$0", "$303", kOk, "0B 0000 ", "0B 0200 ", "0B 0300 "}));
     EXPECT_EQ(bench.press("cmdVersion", {"txtVersion"}), (Texts{"OPane V2.0", kOk, "08 0000 "}));
+    state.sed1530 = {0xA0, 0x0B};
+    EXPECT_EQ(bench.press("cmdReadSED1530", {"txtSED1530Data"}), (Texts{"A0", kOk, "10 0000 "}));
+    bench.click("optSED1530Register(1)");
+    EXPECT_EQ(bench.press("cmdReadSED1530", {"txtSED1530Data"}), (Texts{"B", kOk, "10 0001 "}));
     const std::map<std::uint16_t, std::string> temperatures{{215, "21.5"}, {220, "22"}, {3, "0.3"}, {65535, "6553.5"}};
     for (const auto& [tenths, text] : temperatures) {
         state.temperature = tenths;
@@ -156,10 +159,10 @@ TEST(PanelBacklight, ReadsUpToTheFirstRegisterThatFails) {
     bench.refuseCommand(3);
     bench.click("cmdReadRouge");
     EXPECT_EQ(bench.status(), kFailed);
-    Texts rows{bench.text("txtReadBacklightPhysical"), bench.text("txtReadBacklightphysicalHexa")};
-    for (const std::string row : {"Consigne", "Final", "ADC", "Zone", "Increment"})
-        for (const char* const kind : {"", "Hexa"})
-            rows.push_back(bench.text("txtReadBacklight" + row + kind));
+    Texts rows;
+    for (const std::string row : {"Physical", "physicalHexa", "Consigne", "ConsigneHexa", "Final", "FinalHexa", "ADC",
+                                  "ADCHexa", "Zone", "ZoneHexa", "Increment", "IncrementHexa"})
+        rows.push_back(bench.text("txtReadBacklight" + row));
     EXPECT_EQ(rows, (Texts{"255", "FF", "10", "A", "0", "0", "7", "7", "8", "8", "200", "C8"}));
 }
 
@@ -174,6 +177,7 @@ TEST(PanelBacklight, WritesARegisterOnlyInItsMode) {
     EXPECT_EQ(bench.press("cmdWriteRouge"), (Texts{kOk, "14 0007 "}));
     bench.click("optWriteBacklightRegister(1)", "optBacklightLumControl(0)");  // the second one stays as it is
     EXPECT_EQ(bench.press("cmdWriteVert"), (Texts{kOk, refusal}));
+    EXPECT_EQ(bench.press("cmdResetLumControl"), (Texts{kOk, "07 0100 "}));
 }
 
 TEST(PanelBacklight, BringsTheModuleToTheChosenMode) {
@@ -191,21 +195,16 @@ TEST(PanelBacklight, BringsTheModuleToTheChosenMode) {
               (Texts{kFailed, "09 0000 ", "09 0000 ", "09 0000 ", "09 0000 ", "09 0000 "}));
 }
 
-TEST(PanelOPane, ReadsTheChosenControllerRegisterAndResetsTheLightControl) {
-    SynchronizedPanel bench;
-    bench.module.state().sed1530 = {0xA0, 0x0B};
-    EXPECT_EQ(bench.press("cmdReadSED1530", {"txtSED1530Data"}), (Texts{"A0", kOk, "10 0000 "}));
-    bench.click("optSED1530Register(1)");
-    EXPECT_EQ(bench.press("cmdReadSED1530", {"txtSED1530Data"}), (Texts{"B", kOk, "10 0001 "}));
-    EXPECT_EQ(bench.press("cmdResetLumControl"), (Texts{kOk, "07 0100 "}));
-}
-
 TEST(PanelEeprom, RangeGoesToTheChosenEepromAndTheBoxCanBeCleared) {
     SynchronizedPanel bench;
     bench.type("txtEEPROMBaseAdress", "3FE");
     bench.type("txtEEPROMLength", "2");
     bench.click("optEEPROMType(1)");
     EXPECT_EQ(bench.press("cmdReadEEPROM", {"txtEEPROMDataSmall"}), (Texts{"FEFF", kOk, "20 FE03 02"}));
+    ScriptedPeer script;  // answers with a byte too few
+    script.answers = {{0xAA, 1, 3, 0, 0, 32, 1, 219}};
+    bench.line.peer = &script;
+    EXPECT_EQ(bench.press("cmdReadEEPROM", {"txtEEPROMDataSmall"}), (Texts{"FEFF", kFailed}));
     bench.click("cmdEEPROMClearText");
     EXPECT_EQ(bench.text("txtEEPROMDataSmall"), "");
 }

@@ -42,12 +42,11 @@ QImage pictureOf(QWidget& widget) {
 }
 
 QImage sideBySide(const QImage& left, const QImage& right) {
-    constexpr int kGap = 12;
-    QImage both(left.width() + kGap + right.width(), std::max(left.height(), right.height()), QImage::Format_ARGB32);
+    QImage both(left.width() + 12 + right.width(), std::max(left.height(), right.height()), QImage::Format_ARGB32);
     both.fill(Qt::white);
     QPainter painter(&both);
     painter.drawImage(0, 0, left);
-    painter.drawImage(left.width() + kGap, 0, right);
+    painter.drawImage(both.width() - right.width(), 0, right);
     return both;
 }
 

@@ -16,10 +16,9 @@ int darkPixels(const ModuleState& state) {
     return dark;
 }
 
-// One dark pixel at column 9, row 3.
 ModuleState oneDarkPixel() {
     ModuleState state;
-    state.screen[3][1] = 0x40;
+    state.screen[3][1] = 0x40;  // column 9, row 3
     return state;
 }
 
@@ -79,7 +78,6 @@ TEST(Picture, TakesTheColourOfTheBacklightAndIsReadableWithoutOne) {
     const Colour unlit = background({});
     EXPECT_GT(red.red, red.green + 50);
     EXPECT_GT(green.green, green.red + 50);
-    EXPECT_GT(green.green, unlit.green);
     EXPECT_GT(unlit.red + unlit.green + unlit.blue, kInk.red + kInk.green + kInk.blue + 200);
 }
 

@@ -147,7 +147,6 @@ const Conversation kConversations[] = {
     {"wrong_checksum", "AA0003FF0006F9 AA0003000000FD heard 0+0"},
     {"echo", "A8 A818 A5 A5 AA0003000008F6 AA0003000008F6AA0003000000FD", {.bus = Bus::rs485}},
 
-    // Each spoils one answer, and then all is well.
     {"spoiled_answers",
      "key 1 fault ignore ask - fault wrong-type ask AA0203000013F307EE fault type-zero ask AA0003000000FD "
      "fault aux ask AA0203010012F307EE fault aux:7 ask AA0203070012F307E8 fault cut-info ask AA0203000012 "
