@@ -50,6 +50,17 @@ TEST(PortSettings, EveryWriteReopensAndClearsTheFlag) {
     EXPECT_EQ(bench.line.portEvents, (Events{"close", kOpen, "close", kOpen, "close", kOpen}));
 }
 
+TEST(PortSettings, AVanishedDeviceEndsTheSynchronisation) {
+    LinkBench bench;
+    ASSERT_TRUE(bench.link().SendSynchronizeCharacter(3));
+    bench.module.fault({.fault = simulator::Fault::unplug});
+    EXPECT_EQ(raisedNumber([&] { bench.link().OPaneCmd_Clear(0); }), 57);
+    EXPECT_FALSE(bench.link().IsSynchronized());
+    bench.module.replug();
+    EXPECT_TRUE(bench.link().OpenCommunication());
+    EXPECT_FALSE(bench.link().IsSynchronized()) << "the port was closed meanwhile";
+}
+
 TEST(PortSettings, WhatIsRefusedIsStoredAllTheSameAndThePortStaysClosed) {
     LinkBench bench;
     clsOPane& link = bench.link();
