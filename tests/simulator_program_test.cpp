@@ -7,6 +7,7 @@
 #include "simulator/module_state.h"
 #include "simulator/pseudo_terminal.h"
 #include "support/program.h"
+#include "support/row_name.h"
 
 // What opane-sim takes from its command line, from its standard input and from its files.
 
@@ -45,13 +46,12 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(WrongCase{"reading", "--reading light=1", "reading \"light=1\": no such reading"},
                     WrongCase{"key", "--key 010", "--key: \"010\" is no number from 1 to 9"},
                     WrongCase{"fault", "--fault mute", "fault \"mute\": no such fault"},
-                    WrongCase{"baud", "--baud 12345", "--baud: 12345"},
                     WrongCase{"eeprom_of_another_size", "--user-eeprom new --system-eeprom short",
                               "cannot be kept in short: it holds 1023 bytes; expected exactly 1024"},
                     WrongCase{"folder_as_eeprom", "--user-eeprom .", "\".\" cannot be written: it is a folder"},
                     WrongCase{"unnamed_eeprom", "--user-eeprom ''", "expected the name of a file"},
                     WrongCase{"one_file_for_two", "--user-eeprom new --system-eeprom ./new", "both name the file"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    test::rowName);
 
 /// Tells a module what a host would, and waits for its answer.
 std::string told(const std::string& device, const std::string& request, std::size_t count) {

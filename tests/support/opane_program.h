@@ -9,6 +9,7 @@
 
 #include "simulator/served_module.h"
 #include "support/program.h"
+#include "support/row_name.h"
 
 namespace opane::test {
 
@@ -42,9 +43,6 @@ protected:
     }
     std::size_t requests() {
         return module.withModule([](SimulatedModule& served) { return served.frames().size(); });
-    }
-    std::size_t handshakes() {
-        return module.withModule([](SimulatedModule& served) { return served.handshakes(); });
     }
     void waitForRequests(std::size_t count) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);

@@ -17,10 +17,7 @@ using simulator::Micros;
 /// What is at the other end of an in-memory line.
 class Peer {
 public:
-    Peer() = default;
     virtual ~Peer() = default;
-    Peer(const Peer&) = delete;
-    Peer& operator=(const Peer&) = delete;
 
     virtual void baudRate(int /*rate*/) {}
     virtual void receive(std::span<const std::uint8_t> bytes, Micros now) = 0;
