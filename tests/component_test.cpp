@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <deque>
-#include <regex>
 #include <thread>
 #include <vector>
 
@@ -233,15 +232,6 @@ protected:
     UINT argumentError = 99;
     VARIANT status = number(7);
 };
-
-/// What the pattern's group is at each place where it fits.
-std::vector<std::string> captures(const std::string& text, const char* pattern) {
-    std::vector<std::string> found;
-    const std::regex regex(pattern);
-    for (std::sregex_iterator each(text.begin(), text.end(), regex), end; each != end; ++each)
-        found.push_back((*each)[1]);
-    return found;
-}
 
 TEST_F(LateBound, HasTheNamesNumbersAndOrderOfTheTypeLibrary) {
     const std::string idl = contentOf(OPANE_SOURCE "/automation/OPaneCommDLL.idl");

@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "support/opane_program.h"
 
 // The page of the program's commands keeps its word: each example runs, and no command is left out.
@@ -7,18 +5,11 @@
 namespace opane::test {
 namespace {
 
-Words matches(const std::string& text, const std::string& pattern) {
-    const std::regex row(pattern);
-    Words found;
-    for (std::sregex_iterator at(text.begin(), text.end(), row), end; at != end; ++at)
-        found.push_back((*at)[1]);
-    return found;
-}
-
 TEST_F(OpaneCommands, OfThePageRunInOrderAndNoneIsLeftOut) {
     folder.write("picture.bmp", bitmap(120, 64));
     std::string shown;
-    for (const std::string& example : matches(contentOf(OPANE_SOURCE "/docs/opane.md"), R"(\n\| `opane ([^`]*)` \|)")) {
+    for (const std::string& example :
+         captures(contentOf(OPANE_SOURCE "/docs/opane.md"), R"(\n\| `opane ([^`]*)` \|)")) {
         const ProgramEnd end = runProgram({"env", "OPANE_COM1=" + module.devicePath(),
                                            "OPANE_COMPONENT_REGISTRY=" + (folder / "components"), "sh", "-c",
                                            "cd \"$0\" && '" OPANE_PROGRAM "' " + example, folder.path()});
@@ -26,7 +17,7 @@ TEST_F(OpaneCommands, OfThePageRunInOrderAndNoneIsLeftOut) {
         shown.append(" ").append(example).append(" ");
     }
     const std::string help = runProgram({OPANE_PROGRAM, "--help"}).output;
-    const Words commands = matches(help.substr(help.find("Subcommands:")), R"(\n  ([a-z-]+) +[A-Z])");
+    const Words commands = captures(help.substr(help.find("Subcommands:")), R"(\n  ([a-z-]+) +[A-Z])");
     EXPECT_GE(commands.size(), 15U);
     for (const std::string& command : commands)
         EXPECT_PRED2(holds, shown, std::string(" ").append(command).append(" "));

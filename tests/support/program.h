@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -29,6 +30,15 @@ inline std::string commandLine(const std::vector<std::string>& words) {
 
 inline bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
+}
+
+/// What the pattern's group is at each place where it fits.
+inline std::vector<std::string> captures(const std::string& text, const std::string& pattern) {
+    const std::regex regex(pattern);
+    std::vector<std::string> found;
+    for (std::sregex_iterator each(text.begin(), text.end(), regex), end; each != end; ++each)
+        found.push_back((*each)[1]);
+    return found;
 }
 
 struct ProgramEnd {

@@ -1,6 +1,7 @@
 #include "support/campaign/campaign.h"
 
 #include <algorithm>
+#include <random>
 #include <sstream>
 #include <utility>
 
@@ -12,22 +13,13 @@ constexpr std::array kKindNames{"lose", "flip", "set", "doubled", "repeat", "lat
 /// Numbers that are the same on every machine.
 class Dice {
 public:
-    Dice(std::uint64_t seed, std::uint64_t number) : state_(seed * 0x9E37'79B9'7F4A'7C15ULL ^ (number + 1)) {
-        next();
-        state_ ^= number * 0xD1B5'4A32'D192'ED03ULL;
-    }
+    Dice(std::uint64_t seed, std::uint64_t number) : next_(seed << 32 ^ number) {}
 
-    std::uint64_t next() {  // splitmix64
-        std::uint64_t mixed = state_ += 0x9E37'79B9'7F4A'7C15ULL;
-        mixed = (mixed ^ (mixed >> 30)) * 0xBF58'476D'1CE4'E5B9ULL;
-        mixed = (mixed ^ (mixed >> 27)) * 0x94D0'49BB'1331'11EBULL;
-        return mixed ^ (mixed >> 31);
-    }
     /// 0 to below end.
-    int below(int end) { return static_cast<int>(next() % static_cast<std::uint64_t>(end)); }
+    int below(int end) { return static_cast<int>(next_() % static_cast<std::uint64_t>(end)); }
     int between(int first, int last) { return first + below(last - first + 1); }
     bool oneIn(int times) { return below(times) == 0; }
-    std::uint8_t byte() { return static_cast<std::uint8_t>(next()); }
+    std::uint8_t byte() { return static_cast<std::uint8_t>(next_()); }
 
     template <class Values>
     auto of(const Values& values) {
@@ -35,7 +27,7 @@ public:
     }
 
 private:
-    std::uint64_t state_;
+    std::mt19937_64 next_;
 };
 
 ByteArray bytesOf(std::size_t count, std::uint8_t first) {
@@ -210,14 +202,11 @@ std::string description(const Case& tried) {
     text << "type " << int{type} << ", Leng " << int{length} << ", Aux1 " << int{aux1} << ", Aux2 " << int{aux2}
          << (tried.before.onBus ? ", RS485" : ", RS232") << ", node " << tried.before.node << ", " << tried.baudRate
          << " baud" << (tried.paced ? ", paced" : "") << ", Timeout " << tried.before.timeoutMs << "; spoilt:";
-    for (const Spoil& spoil : tried.spoils) {
+    for (const Spoil& spoil : tried.spoils)
         text << " [" << kKindNames.at(static_cast<std::size_t>(spoil.kind)) << ' ' << spoil.value << " at byte "
-             << spoil.offset;
-        if (spoil.length != 1)
-            text << " and on, bytes: " << (spoil.length == kRest ? "all" : std::to_string(spoil.length));
-        text << ' ' << kWheres.at(static_cast<std::size_t>(spoil.where)) << ", burst "
+             << spoil.offset << ", bytes: " << (spoil.length == kRest ? "all" : std::to_string(spoil.length)) << ' '
+             << kWheres.at(static_cast<std::size_t>(spoil.where)) << ", burst "
              << (spoil.burst == kEveryBurst ? "every" : std::to_string(spoil.burst)) << ']';
-    }
     return text.str();
 }
 
