@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 
 namespace opane {
@@ -15,7 +16,7 @@ constexpr Character lowerCase(Character character) {
 template <typename Text>
 constexpr bool isSameName(std::string_view one, const Text& other) {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char a, auto b) { return lowerCase(a) == lowerCase(b); });
+                      [](char a, auto b) { return lowerCase<std::int32_t>(a) == lowerCase<std::int32_t>(b); });
 }
 
 }  // namespace opane

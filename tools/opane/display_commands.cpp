@@ -72,7 +72,7 @@ Run setUpFrame(CLI::App& command) {
     return [pattern](Session& session) {
         const std::int16_t value = *pattern == "on"    ? clsOPane::kFrameDrawn
                                    : *pattern == "off" ? clsOPane::kNoFrame
-                                                       : parseByte(*pattern, "the pattern");
+                                                       : std::int16_t{parseByte(*pattern, "the pattern")};
         return runOnLink(session, "frame", [value](clsOPane& link) { return link.OPaneCmd_Cadre(value); });
     };
 }
