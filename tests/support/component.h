@@ -16,9 +16,12 @@
 
 namespace opane::test {
 
+struct Release {
+    void operator()(IUnknown* object) const { object->Release(); }
+};
 /// A reference that is released at the end.
 template <typename Interface>
-using Reference = std::unique_ptr<Interface, decltype([](IUnknown* object) { object->Release(); })>;
+using Reference = std::unique_ptr<Interface, Release>;
 
 inline std::string plainText(BSTR text) {
     return {text, text + SysStringLen(text)};
