@@ -46,7 +46,6 @@ std::string generatorOfA(const std::string& columns) {
 
 const std::string kColumnsOfA = "\x11\0\x3E\x11\0\x48\x11\0\x48\x11\0\x3E\x11\0\0\x11\0\0"s;
 
-/// Each test has a folder of its own, in which the program runs.
 class GeneratorTool : public testing::Test {
 protected:
     GeneratorTool() {
@@ -146,7 +145,6 @@ struct RunCase {
     const char* says;  // a part of its output or, when the status is not 0, of its errors; the other one is empty
 };
 
-/// Runs that write no file.
 class Run : public GeneratorTool, public testing::WithParamInterface<RunCase> {};
 
 TEST_P(Run, SaysWhatItShowsOrWhyNot) {

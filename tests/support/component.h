@@ -19,7 +19,6 @@ namespace opane::test {
 struct Release {
     void operator()(IUnknown* object) const { object->Release(); }
 };
-/// A reference that is released at the end.
 template <typename Interface>
 using Reference = std::unique_ptr<Interface, Release>;
 
